@@ -1,0 +1,31 @@
+#pragma once
+// GaldrineDeterministicCBOR is the only codec of structured package data: a profile of CBOR
+// in which every value has exactly one byte sequence. Definite lengths, shortest arguments,
+// no tags, no floats, only false/true/null as simple values, unsigned map keys unique and
+// ascending, valid UTF-8 text, no trailing bytes.
+//
+// Both directions are bounded by the caller's limits: a length is compared with its limit
+// before any memory is taken for it, and recursion never goes deeper than maximumDepth.
+// The first failure ends the call and nothing partial is returned. encode(decode(x)) == x
+// for every x that decode accepts.
+
+#include <expected>
+
+#include "GaldrineCore/GaldrineCBORBorrowedValue.hpp"
+#include "GaldrineCore/GaldrineCBORError.hpp"
+#include "GaldrineCore/GaldrineCBORLimits.hpp"
+#include "GaldrineCore/GaldrineCBORValue.hpp"
+#include "GaldrinePlatform/GaldrineBytes.hpp"
+
+namespace GaldrineDeterministicCBOR {
+
+[[nodiscard]] std::expected<Bytes, GaldrineCBORError> encode(const GaldrineCBORValue& value, const GaldrineCBORLimits& limits);
+
+[[nodiscard]] std::expected<GaldrineCBORValue, GaldrineCBORError> decode(ByteView bytes, const GaldrineCBORLimits& limits);
+
+// decodeBorrowed accepts and refuses exactly what decode does, with the same errors, but its
+// strings are views into `bytes`, which must outlive the result.
+[[nodiscard]] std::expected<GaldrineCBORBorrowedValue, GaldrineCBORError> decodeBorrowed(ByteView bytes,
+                                                                                       const GaldrineCBORLimits& limits);
+
+}  // namespace GaldrineDeterministicCBOR

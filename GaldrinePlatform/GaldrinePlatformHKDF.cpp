@@ -1,0 +1,51 @@
+#include "GaldrinePlatform/GaldrinePlatformHKDF.hpp"
+
+#include <openssl/core_names.h>
+#include <openssl/err.h>
+#include <openssl/kdf.h>
+#include <openssl/params.h>
+#include <sodium.h>
+
+#include <memory>
+
+namespace {
+
+struct KDFFree {
+  void operator()(EVP_KDF* kdf) const { EVP_KDF_free(kdf); }
+};
+struct KDFContextFree {
+  void operator()(EVP_KDF_CTX* context) const { EVP_KDF_CTX_free(context); }
+};
+
+bool derive(ByteView inputKeyMaterial, ByteView salt, ByteView info, std::span<std::uint8_t> output) {
+  const std::unique_ptr<EVP_KDF, KDFFree> kdf{EVP_KDF_fetch(nullptr, OSSL_KDF_NAME_HKDF, nullptr)};
+  if (!kdf) return false;
+  const std::unique_ptr<EVP_KDF_CTX, KDFContextFree> context{EVP_KDF_CTX_new(kdf.get())};
+  if (!context) return false;
+  char digestName[] = "SHA256";
+  // The parameter array takes non-const pointers; the library only reads through them.
+  auto* keyBytes = const_cast<std::uint8_t*>(inputKeyMaterial.data());
+  auto* saltBytes = const_cast<std::uint8_t*>(salt.data());
+  auto* infoBytes = const_cast<std::uint8_t*>(info.data());
+  const OSSL_PARAM parameters[] = {
+      OSSL_PARAM_construct_utf8_string(OSSL_KDF_PARAM_DIGEST, digestName, 0),
+      OSSL_PARAM_construct_octet_string(OSSL_KDF_PARAM_KEY, keyBytes, inputKeyMaterial.size()),
+      OSSL_PARAM_construct_octet_string(OSSL_KDF_PARAM_SALT, saltBytes, salt.size()),
+      OSSL_PARAM_construct_octet_string(OSSL_KDF_PARAM_INFO, infoBytes, info.size()),
+      OSSL_PARAM_construct_end(),
+  };
+  return EVP_KDF_derive(context.get(), output.data(), output.size(), parameters) == 1;
+}
+
+}  // namespace
+
+namespace GaldrinePlatformHKDF {
+
+bool deriveSHA256(ByteView inputKeyMaterial, ByteView salt, ByteView info, std::span<std::uint8_t> output) {
+  const bool derived = !output.empty() && derive(inputKeyMaterial, salt, info, output);
+  ERR_clear_error();
+  if (!derived && !output.empty()) sodium_memzero(output.data(), output.size());
+  return derived;
+}
+
+}  // namespace GaldrinePlatformHKDF
