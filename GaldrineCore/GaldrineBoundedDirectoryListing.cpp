@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <memory>
 
 #include "GaldrinePlatform/GaldrineFileDescriptor.hpp"
