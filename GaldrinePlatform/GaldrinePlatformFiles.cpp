@@ -1,0 +1,98 @@
+#include "GaldrinePlatform/GaldrinePlatformFiles.hpp"
+
+#include <fcntl.h>
+#include <stdio.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+
+namespace GaldrinePlatformFiles {
+
+namespace {
+
+// Reads grow the buffer in steps of this size, so a large bound costs nothing for a small file.
+constexpr std::size_t readStepByteCount = 65536;
+
+[[nodiscard]] std::unexpected<GaldrinePlatformFileError> lastError() {
+  return std::unexpected(GaldrinePlatformFileError::fromErrno());
+}
+
+[[nodiscard]] bool isRegularFile(int directory, const std::filesystem::path& name) {
+  struct stat status{};
+  return ::fstatat(directory, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISREG(status.st_mode);
+}
+
+}  // namespace
+
+std::expected<void, GaldrinePlatformFileError> writeAll(int descriptor, ByteView bytes) {
+  while (!bytes.empty()) {
+    const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
+    if (written < 0) {
+      if (errno == EINTR) continue;
+      return lastError();
+    }
+    // A write that takes nothing from a non-empty buffer would loop for ever.
+    if (written == 0) return std::unexpected(GaldrinePlatformFileError{EIO});
+    bytes = bytes.subspan(static_cast<std::size_t>(written));
+  }
+  return {};
+}
+
+std::expected<void, GaldrinePlatformFileError> synchronizeFile(int descriptor) {
+  while (::fsync(descriptor) != 0) {
+    if (errno != EINTR) return lastError();
+  }
+  return {};
+}
+
+std::expected<Bytes, GaldrinePlatformFileError> readUpTo(int descriptor, std::size_t maximumByteCount) {
+  Bytes bytes;
+  std::size_t heldByteCount = 0;
+  while (heldByteCount < maximumByteCount) {
+    bytes.resize(heldByteCount + std::min(readStepByteCount, maximumByteCount - heldByteCount));
+    const ssize_t count = ::read(descriptor, bytes.data() + heldByteCount, bytes.size() - heldByteCount);
+    if (count < 0) {
+      if (errno == EINTR) continue;
+      return lastError();
+    }
+    if (count == 0) break;
+    heldByteCount += static_cast<std::size_t>(count);
+  }
+  bytes.resize(heldByteCount);
+  return bytes;
+}
+
+std::expected<void, GaldrinePlatformFileError> moveRefusingExistingTarget(int sourceDirectory,
+                                                                         const std::filesystem::path& sourceName,
+                                                                         int targetDirectory,
+                                                                         const std::filesystem::path& targetName) {
+  if (::renameat2(sourceDirectory, sourceName.c_str(), targetDirectory, targetName.c_str(), RENAME_NOREPLACE) == 0) {
+    return {};
+  }
+  const GaldrinePlatformFileError renameError = GaldrinePlatformFileError::fromErrno();
+  if (!fileSystemRefusesNoReplaceFlag(renameError.errorNumber) || !isRegularFile(sourceDirectory, sourceName)) {
+    return std::unexpected(renameError);
+  }
+  return moveRegularFileByLinking(sourceDirectory, sourceName, targetDirectory, targetName);
+}
+
+std::expected<void, GaldrinePlatformFileError> moveRefusingExistingTarget(const std::filesystem::path& source,
+                                                                         const std::filesystem::path& target) {
+  return moveRefusingExistingTarget(AT_FDCWD, source, AT_FDCWD, target);
+}
+
+std::expected<void, GaldrinePlatformFileError> moveRegularFileByLinking(int sourceDirectory,
+                                                                       const std::filesystem::path& sourceName,
+                                                                       int targetDirectory,
+                                                                       const std::filesystem::path& targetName) {
+  if (::linkat(sourceDirectory, sourceName.c_str(), targetDirectory, targetName.c_str(), 0) != 0) return lastError();
+  if (::unlinkat(sourceDirectory, sourceName.c_str(), 0) != 0) {
+    const GaldrinePlatformFileError unlinkError = GaldrinePlatformFileError::fromErrno();
+    ::unlinkat(targetDirectory, targetName.c_str(), 0);  // undo: the move did not happen
+    return std::unexpected(unlinkError);
+  }
+  return {};
+}
+
+}  // namespace GaldrinePlatformFiles

@@ -1,0 +1,54 @@
+#pragma once
+// GaldrinePlatformFiles: the small file operations every writer and reader needs, over raw
+// descriptors. Each failure gives the errno of the call that failed, and nothing else.
+
+#include <cerrno>
+#include <cstddef>
+#include <expected>
+#include <filesystem>
+
+#include "GaldrinePlatform/GaldrineBytes.hpp"
+#include "GaldrinePlatform/GaldrinePlatformFileError.hpp"
+
+namespace GaldrinePlatformFiles {
+
+// writeAll writes every byte of `bytes`, resuming after short writes and interruptions. On
+// failure an unknown prefix of `bytes` may have been written.
+[[nodiscard]] std::expected<void, GaldrinePlatformFileError> writeAll(int descriptor, ByteView bytes);
+
+// synchronizeFile asks for the file's data and metadata to reach stable storage (fsync).
+[[nodiscard]] std::expected<void, GaldrinePlatformFileError> synchronizeFile(int descriptor);
+
+// readUpTo reads until end of file or until `maximumByteCount` bytes are held, whichever comes
+// first. Memory grows with what is read, never past the bound. A caller that must refuse a
+// longer file asks for one byte more than it accepts and checks the size.
+[[nodiscard]] std::expected<Bytes, GaldrinePlatformFileError> readUpTo(int descriptor, std::size_t maximumByteCount);
+
+// moveRefusingExistingTarget renames `sourceName` (under `sourceDirectory`) to `targetName`
+// (under `targetDirectory`) and fails with EEXIST if anything, a dangling symbolic link
+// included, stands at the target. The kernel decides (renameat2 with RENAME_NOREPLACE), so no
+// check races with the move. Where the file system refuses that flag, a regular file is moved
+// by moveRegularFileByLinking instead; anything else then fails with the rename's errno. On
+// failure the source stays where it was and nothing is created at the target. Directory
+// descriptors may be AT_FDCWD.
+[[nodiscard]] std::expected<void, GaldrinePlatformFileError> moveRefusingExistingTarget(
+    int sourceDirectory, const std::filesystem::path& sourceName, int targetDirectory,
+    const std::filesystem::path& targetName);
+
+[[nodiscard]] std::expected<void, GaldrinePlatformFileError> moveRefusingExistingTarget(
+    const std::filesystem::path& source, const std::filesystem::path& target);
+
+// fileSystemRefusesNoReplaceFlag tells whether a renameat2 errno means that the file system
+// does not offer RENAME_NOREPLACE, rather than that the move itself is wrong.
+[[nodiscard]] constexpr bool fileSystemRefusesNoReplaceFlag(int errorNumber) {
+  return errorNumber == EINVAL || errorNumber == ENOSYS;
+}
+
+// moveRegularFileByLinking moves a regular file with a hard link at the target, which refuses
+// an existing target with EEXIST, then removes the source name. If the source name cannot be
+// removed, the new link is removed again and the error of the first removal is given.
+[[nodiscard]] std::expected<void, GaldrinePlatformFileError> moveRegularFileByLinking(
+    int sourceDirectory, const std::filesystem::path& sourceName, int targetDirectory,
+    const std::filesystem::path& targetName);
+
+}  // namespace GaldrinePlatformFiles
