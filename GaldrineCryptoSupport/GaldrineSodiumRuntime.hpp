@@ -1,0 +1,19 @@
+#pragma once
+// GaldrineSodiumRuntime starts the library that derives passphrase keys and says which version
+// of it this process runs.
+
+#include <expected>
+#include <string_view>
+
+#include "GaldrineCryptoSupport/GaldrineSodiumRuntimeError.hpp"
+
+namespace GaldrineSodiumRuntime {
+
+// initialize prepares the library; calling it again is harmless and succeeds. It fails with
+// initializationFailed only when the library cannot start (no usable random source).
+[[nodiscard]] std::expected<void, GaldrineSodiumRuntimeError> initialize();
+
+// versionString is the library's own version text, such as "1.0.18".
+[[nodiscard]] std::string_view versionString();
+
+}  // namespace GaldrineSodiumRuntime
