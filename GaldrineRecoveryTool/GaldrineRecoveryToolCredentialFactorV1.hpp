@@ -4,27 +4,16 @@
 
 #include <array>
 #include <cstdint>
-#include <optional>
 #include <string_view>
+
+#include "GaldrineCore/GaldrineRawValue.hpp"
 
 enum class GaldrineRecoveryToolCredentialFactorV1 : std::uint8_t {
   backupPassphrase,
   recoveryKey,
 };
 
-[[nodiscard]] constexpr std::string_view rawValue(GaldrineRecoveryToolCredentialFactorV1 factor) {
-  switch (factor) {
-    case GaldrineRecoveryToolCredentialFactorV1::backupPassphrase: return "backup-passphrase";
-    case GaldrineRecoveryToolCredentialFactorV1::recoveryKey: return "recovery-key";
-  }
-  return {};
-}
-
-[[nodiscard]] constexpr std::optional<GaldrineRecoveryToolCredentialFactorV1> fromRawValue(std::string_view raw) {
-  constexpr std::array allFactors{GaldrineRecoveryToolCredentialFactorV1::backupPassphrase,
-                                  GaldrineRecoveryToolCredentialFactorV1::recoveryKey};
-  for (const auto factor : allFactors) {
-    if (rawValue(factor) == raw) return factor;
-  }
-  return std::nullopt;
-}
+template <>
+struct GaldrineRawValueTable<GaldrineRecoveryToolCredentialFactorV1> {
+  static constexpr std::array<std::string_view, 2> rawValues{"backup-passphrase", "recovery-key"};
+};
