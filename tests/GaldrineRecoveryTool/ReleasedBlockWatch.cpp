@@ -54,11 +54,15 @@ Report takeReport() {
 
 }  // namespace ReleasedBlockWatch
 
-// Allocation and release both go through malloc and free, so that a sanitizer runtime sees
-// matching pairs.
+// Allocation and release (also the nothrow forms the standard library uses for temporary
+// buffers) go through malloc and free, so that a sanitizer runtime sees matching pairs.
 void* operator new(std::size_t byteCount) {
   if (void* block = std::malloc(byteCount == 0 ? 1 : byteCount)) return block;
   throw std::bad_alloc();
+}
+
+void* operator new(std::size_t byteCount, const std::nothrow_t&) noexcept {
+  return std::malloc(byteCount == 0 ? 1 : byteCount);
 }
 
 void operator delete(void* block) noexcept {
@@ -67,3 +71,5 @@ void operator delete(void* block) noexcept {
 }
 
 void operator delete(void* block, std::size_t) noexcept { operator delete(block); }
+
+void operator delete(void* block, const std::nothrow_t&) noexcept { operator delete(block); }
