@@ -57,37 +57,6 @@ struct DriverRun {
   }
 };
 
-TEST(GaldrineRecoveryToolV1, ErrorTableGivesEachOutcomeItsStatusAndText) {
-  const struct {
-    RecoveryToolError error;
-    std::int32_t exitCode;
-    std::string_view text;
-  } rows[] = {
-      {invalidArguments, 2, recoveryToolUsageText},
-      {appCodeForbidden, 2, "Local App Code is device-only and cannot unlock a portable Galdrine backup.\n"},
-      {credentialInArguments, 2, "Never pass a credential in command arguments. Use the hidden prompt or --credential-stdin.\n"},
-      {credentialUnavailable, 3, "The credential could not be read securely.\n"},
-      {invalidCredential, 3, "The portable credential is invalid.\n"},
-      {invalidPackage, 4, "The backup package is invalid or unsupported.\n"},
-      {unlockFailed, 4, "The portable credential did not unlock the backup.\n"},
-      {packageUnavailable, 4, "The backup package is unavailable.\n"},
-      {resourceLimitExceeded, 4, "The backup exceeds safe recovery limits.\n"},
-      {integrityFailure, 4, "Backup integrity verification failed.\n"},
-      {snapshotSelectionNotFound, 4,
-       "The selected snapshot is not present in the current authenticated inspection. Run inspect again.\n"},
-      {destinationExists, 5, "The recovery destination already exists.\n"},
-      {destinationUnavailable, 5, "The recovery destination is unavailable.\n"},
-      {outputWriteFailed, 5, "Recovery output could not be written safely.\n"},
-      {compatibilityVerificationFailed, 4, "Galdrine compatibility verification failed.\n"},
-      {operationFailed, 4, "Galdrine recovery operation failed safely.\n"},
-  };
-  for (const auto& row : rows) {
-    EXPECT_EQ(failureOutput(row.error), (RecoveryToolFailureOutput{row.exitCode, row.text})) << row.text;
-  }
-  EXPECT_EQ(recoveryToolUsageText.substr(0, 7), "Usage:\n");
-  EXPECT_TRUE(recoveryToolUsageText.ends_with("is device-only and is never a portable backup credential.\n"));
-}
-
 TEST(GaldrineRecoveryToolV1, HelpAndSelfTestNeedNoCredential) {
   DriverRun run;
   const GaldrineRecoveryToolExecutionV1 selfTest{0, GaldrineByteText::bytes("Galdrine recovery self-test passed for com.galdrine.backup.v1.\n"), {}};
