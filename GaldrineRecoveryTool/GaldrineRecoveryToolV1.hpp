@@ -1,0 +1,43 @@
+#pragma once
+// GaldrineRecoveryToolV1 runs one command line of galdrine-recovery from start to end and
+// gives back what the process should print and its exit status; it never exits, prints or
+// fails itself. Every failure becomes the one row of RecoveryToolFailureOutput that belongs
+// to it, with an empty standard output.
+//
+// A credential is read only after the whole command line parsed, at most once, and is
+// wiped on every way out of the run that read it.
+
+#include <cstdint>
+#include <expected>
+#include <span>
+#include <string>
+
+#include "GaldrineRecoveryTool/GaldrineRecoveryToolCredentialReading.hpp"
+#include "GaldrineRecoveryTool/GaldrineRecoveryToolExecutionV1.hpp"
+#include "GaldrineRecoveryTool/RecoveryRequest.hpp"
+#include "GaldrineRecoveryTool/RecoveryToolBackend.hpp"
+#include "GaldrineRecoveryTool/RecoveryToolError.hpp"
+
+namespace GaldrineRecoveryToolV1 {
+
+// The bound for a credential, in bytes, on either input.
+inline constexpr std::int64_t maximumCredentialByteCount = 16384;
+
+// execute parses `arguments` (without the program's name) and runs the command against
+// `backend`.
+[[nodiscard]] GaldrineRecoveryToolExecutionV1 execute(std::span<const std::string> arguments,
+                                                      GaldrineRecoveryToolCredentialReading& credentialReader,
+                                                      RecoveryToolBackend& backend);
+
+// execute with the backend of this build. This build carries no recovery engine yet, so its
+// inspect and export end in the generic failure after the credential was read.
+[[nodiscard]] GaldrineRecoveryToolExecutionV1 execute(std::span<const std::string> arguments,
+                                                      GaldrineRecoveryToolCredentialReading& credentialReader);
+
+// readCredential asks the reader for the request's credential. Any reader failure becomes
+// credentialUnavailable; an empty credential or one above maximumCredentialByteCount is
+// wiped and becomes invalidCredential. On success the caller owns the bytes and wipes them.
+[[nodiscard]] std::expected<Bytes, RecoveryToolError> readCredential(GaldrineRecoveryToolCredentialReading& credentialReader,
+                                                                     const RecoveryRequest& request);
+
+}  // namespace GaldrineRecoveryToolV1

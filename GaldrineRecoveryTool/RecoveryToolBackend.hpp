@@ -1,0 +1,28 @@
+#pragma once
+// RecoveryToolBackend is the driver's only way to the engine. A backend maps the engine's
+// failures to RecoveryToolError itself, so the driver never sees an engine error. It is
+// handed the credential bytes for the length of one call and keeps no copy.
+
+#include <expected>
+#include <filesystem>
+
+#include "GaldrinePlatform/GaldrineBytes.hpp"
+#include "GaldrineRecoveryCore/GaldrineRecoveryExportResultV1.hpp"
+#include "GaldrineRecoveryTool/GaldrineRecoveryToolCredentialFactorV1.hpp"
+#include "GaldrineRecoveryTool/RecoveryToolError.hpp"
+#include "GaldrineRecoveryTool/RecoveryToolInspection.hpp"
+
+class RecoveryToolBackend {
+ public:
+  virtual ~RecoveryToolBackend() = default;
+
+  // inspect unlocks the package with the credential and gives its authenticated inspection.
+  [[nodiscard]] virtual std::expected<RecoveryToolInspection, RecoveryToolError> inspect(
+      const std::filesystem::path& packageURL, GaldrineRecoveryToolCredentialFactorV1 factor, ByteView credential) = 0;
+
+  // exportSnapshot unlocks the package again and writes the snapshot of the selected commit
+  // to a new directory at destinationURL. On failure nothing is published there.
+  [[nodiscard]] virtual std::expected<GaldrineRecoveryExportResultV1, RecoveryToolError> exportSnapshot(
+      const std::filesystem::path& packageURL, GaldrineRecoveryToolCredentialFactorV1 factor, ByteView credential,
+      ByteView selectedCommitIdentifier, const std::filesystem::path& destinationURL) = 0;
+};
