@@ -28,6 +28,12 @@ struct GaldrineBackupCommitGraphAccessStateV1 {
     return {ReadOnlyFork{std::move(tips)}};
   }
 
+  // decide settles the state of `tips`, ascending by identifier: none gives writable without
+  // a tip, one gives writable with it. Of two or more, a tip settles the fork when its
+  // acknowledged alternate tips name every other tip; exactly one such tip gives writable with
+  // it, none or several a read-only fork of all tips. Epoch, generation and time play no part.
+  [[nodiscard]] static GaldrineBackupCommitGraphAccessStateV1 decide(const std::vector<GaldrineBackupCommitGraphTipV1>& tips);
+
   [[nodiscard]] bool isWritable() const { return std::holds_alternative<Writable>(state); }
   // The payloads; nothing for the other case.
   [[nodiscard]] const Writable* asWritable() const { return std::get_if<Writable>(&state); }

@@ -247,30 +247,6 @@ std::vector<Tip> sortedTips(const CommitIndex& index, const Ancestry& ancestry, 
   return tips;
 }
 
-// coversOthers: the tip acknowledges every other tip by identifier.
-bool coversOthers(const Tip& tip, const std::vector<Tip>& tips) {
-  const auto& acknowledged = tip.commit().acknowledgedAlternateTips();
-  // Too short a list cannot name them all; this also keeps a crowd of tips linear.
-  if (acknowledged.size() < tips.size() - 1) return false;
-  return std::ranges::all_of(tips, [&](const Tip& other) {
-    if (&other == &tip) return true;
-    return std::ranges::binary_search(acknowledged, other.reference().identifier(), identifierPrecedes,
-                                      [](const Reference& reference) -> const Bytes& { return reference.identifier(); });
-  });
-}
-
-GaldrineBackupCommitGraphAccessStateV1 decideAccess(const std::vector<Tip>& tips) {
-  using AccessState = GaldrineBackupCommitGraphAccessStateV1;
-  if (tips.empty()) return AccessState::writable(std::nullopt);
-  if (tips.size() == 1) return AccessState::writable(tips.front());
-  std::vector<const Tip*> settling;
-  for (const Tip& tip : tips) {
-    if (coversOthers(tip, tips)) settling.push_back(&tip);
-  }
-  if (settling.size() == 1) return AccessState::writable(*settling.front());
-  return AccessState::readOnlyFork(tips);
-}
-
 }  // namespace
 
 namespace GaldrineBackupCommitGraphV1 {
@@ -299,7 +275,7 @@ std::expected<GaldrineBackupCommitGraphScanV1, GaldrineBackupCommitGraphV1Error>
     result.maximumWriterEpoch = std::max(result.maximumWriterEpoch, commitIndex->commit(position).writerEpoch());
     result.validCommitIdentifiers.insert(commitIndex->identifier(position));
   }
-  result.accessState = decideAccess(result.retainedTips);
+  result.accessState = GaldrineBackupCommitGraphAccessStateV1::decide(result.retainedTips);
   return result;
 }
 
