@@ -1,7 +1,7 @@
 #include "GaldrineCryptoPrimitives/GaldrineBackupGraphV1.hpp"
 
 #include <algorithm>
-#include <array>
+#include <limits>
 #include <string_view>
 #include <unordered_set>
 
@@ -48,9 +48,10 @@ std::expected<void, GaldrineBackupGraphV1Error> recordCountsMatch(Sections secti
     std::uint64_t sum = 0;
     for (const auto& section : sections) {
       if (section.kind() != kind) continue;
-      if (__builtin_add_overflow(sum, section.recordCount(), &sum)) {
+      if (section.recordCount() > std::numeric_limits<std::uint64_t>::max() - sum) {
         return std::unexpected(GaldrineBackupGraphV1Error::invalidCount);
       }
+      sum += section.recordCount();
     }
     if (sum != counts.count(kind)) return std::unexpected(GaldrineBackupGraphV1Error::invalidSectionSet);
   }
