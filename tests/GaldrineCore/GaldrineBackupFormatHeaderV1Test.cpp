@@ -132,15 +132,12 @@ const HeaderRejectCase kHeaderRejectCases[] = {
     {"magic as text", {{0, text("GALDRINE")}}, Error::invalidFieldType(0)},
     {"magic as text and a later fault", {{0, text("GALDRINE")}, {3, Value::unsignedInteger(2)}}, Error::invalidFieldType(0)},
     {"other magic", {{0, Value::byteString(GaldrineByteText::bytes("GALDRINF"))}}, Error::invalidMagic()},
-    {"short magic", {{0, Value::byteString(GaldrineByteText::bytes("GALDRIN"))}}, Error::invalidMagic()},
     {"format identifier as bytes", {{1, Value::byteString(GaldrineByteText::bytes("com.galdrine.backup.v1"))}}, Error::invalidFieldType(1)},
     {"format identifier in upper case", {{1, text("COM.GALDRINE.BACKUP.V1")}}, Error::unsupportedFormatIdentifier()},
     {"header schema as unsigned", {{2, Value::unsignedInteger(1)}}, Error::invalidFieldType(2)},
     {"header schema of another version", {{2, text("com.galdrine.backup.header.v2")}}, Error::unsupportedHeaderSchema()},
     {"format version as text", {{3, text("1")}}, Error::invalidFieldType(3)},
-    {"format version negative", {{3, Value::negative(0)}}, Error::invalidFieldType(3)},
     {"format version 2", {{3, Value::unsignedInteger(2)}}, Error::unsupportedFormatVersion(2)},
-    {"format version 0", {{3, Value::unsignedInteger(0)}}, Error::unsupportedFormatVersion(0)},
     {"format version 2, layout limit wrong too", {{3, Value::unsignedInteger(2)}, {10, Value::unsignedInteger(64)}}, Error::unsupportedFormatVersion(2)},
     {"reader version as boolean", {{4, Value::boolean(true)}}, Error::invalidFieldType(4)},
     {"reader version 2", {{4, Value::unsignedInteger(2)}}, Error::unsupportedMinimumReaderVersion(2)},
@@ -157,8 +154,9 @@ const HeaderRejectCase kHeaderRejectCases[] = {
     {"segment resource count 64", {{10, Value::unsignedInteger(64)}}, Error::incompatibleLayoutLimit(10)},
     {"segment resource count 64, key 11 as text", {{10, Value::unsignedInteger(64)}, {11, text("x")}}, Error::incompatibleLayoutLimit(10)},
     {"standalone chunk ceiling negative", {{11, Value::negative(16777215)}}, Error::invalidFieldType(11)},
-    {"standalone chunk ceiling 0", {{11, Value::unsignedInteger(0)}}, Error::incompatibleLayoutLimit(11)},
 };
+
+void PrintTo(const HeaderRejectCase& testCase, std::ostream* stream) { *stream << testCase.name; }
 
 class GaldrineBackupFormatHeaderV1Reject : public testing::TestWithParam<HeaderRejectCase> {};
 

@@ -177,6 +177,8 @@ const OpenRejectCase kOpenRejectCases[] = {
     {"tag changed", {{4, Value::byteString(Bytes(16, 0))}}, Error::authenticationFailed()},
 };
 
+void PrintTo(const OpenRejectCase& testCase, std::ostream* stream) { *stream << testCase.name; }
+
 class GaldrineAESGCMFrameV1OpenReject : public testing::TestWithParam<OpenRejectCase> {};
 
 std::string caseName(std::string_view name) {
