@@ -12,8 +12,8 @@ namespace {
 
 using Characters = std::vector<std::string_view>;
 
-// firstScalar of a character decides its class, as it does for whitespace and numbers in the
-// platform's character model.
+// A character is whitespace or a number by its first scalar, so a blank that carries a
+// combining mark is still a blank, and "1" with an enclosing keycap still a number.
 char32_t firstScalar(std::string_view character) {
   const auto scalars = GaldrineUnicodeScalars::scalars(character);
   return scalars && !scalars->empty() ? scalars->front() : U'\0';
