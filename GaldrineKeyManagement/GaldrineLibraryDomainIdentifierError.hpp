@@ -1,0 +1,18 @@
+#pragma once
+
+#include <cstdint>
+
+struct GaldrineLibraryDomainIdentifierError {
+  enum class Code : std::uint8_t { invalidByteCount };
+
+  Code code;
+  std::int64_t expected = 0;
+  std::int64_t actual = 0;
+
+  static constexpr GaldrineLibraryDomainIdentifierError invalidByteCount(std::int64_t expected, std::int64_t actual) {
+    return {Code::invalidByteCount, expected, actual};
+  }
+
+  friend constexpr bool operator==(const GaldrineLibraryDomainIdentifierError&,
+                                   const GaldrineLibraryDomainIdentifierError&) = default;
+};
