@@ -160,6 +160,8 @@ const HeaderRejectCase kHeaderRejectCases[] = {
     {"standalone chunk ceiling 0", {{11, Value::unsignedInteger(0)}}, Error::incompatibleLayoutLimit(11)},
 };
 
+void PrintTo(const HeaderRejectCase& testCase, std::ostream* stream) { *stream << testCase.name; }
+
 class GaldrineBackupFormatHeaderV1Reject : public testing::TestWithParam<HeaderRejectCase> {};
 
 }  // namespace
