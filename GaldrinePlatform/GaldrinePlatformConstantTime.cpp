@@ -1,0 +1,13 @@
+#include "GaldrinePlatform/GaldrinePlatformConstantTime.hpp"
+
+#include <openssl/crypto.h>
+
+namespace GaldrinePlatformConstantTime {
+
+bool equal(ByteView left, ByteView right) {
+  if (left.size() != right.size()) return false;
+  if (left.empty()) return true;
+  return CRYPTO_memcmp(left.data(), right.data(), left.size()) == 0;
+}
+
+}  // namespace GaldrinePlatformConstantTime

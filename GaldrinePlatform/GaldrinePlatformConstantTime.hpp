@@ -1,0 +1,12 @@
+#pragma once
+// Comparison of secret bytes in time that does not depend on where they first differ.
+
+#include "GaldrinePlatform/GaldrineBytes.hpp"
+
+namespace GaldrinePlatformConstantTime {
+
+// equal tells whether the two byte strings are the same. Lengths are not secret and are
+// compared first; equal lengths are compared without an early exit.
+[[nodiscard]] bool equal(ByteView left, ByteView right);
+
+}  // namespace GaldrinePlatformConstantTime
