@@ -8,6 +8,7 @@
 #include "GaldrinePlatform/GaldrinePlatformHKDF.hpp"
 #include "GaldrinePlatform/GaldrinePlatformRandom.hpp"
 #include "GaldrinePlatform/GaldrineScopeGuard.hpp"
+#include "GaldrinePortableKeyEnvelope/GaldrineBackupPassphrasePolicyV1.hpp"
 #include "GaldrinePortableKeyEnvelope/GaldrinePortableKeyEnvelopeBindingV1.hpp"
 #include "GaldrinePortableKeyEnvelope/GaldrinePortableKeyEnvelopeEncodingV1.hpp"
 
@@ -115,6 +116,8 @@ std::expected<Bytes, Error> sealWithBackupPassphrase(ByteView backupPackageMaste
   DrawnSaltAndNonce drawn;
   if (auto status = drawn.draw(); !status) return std::unexpected(status.error());
   if (backupPackageMasterKey.size() != keyByteCount) return std::unexpected(Error::invalidBackupPackageMasterKeyByteCount());
+  // Judged only when a passphrase is set; opening never asks, so older passphrases keep working.
+  if (!GaldrineBackupPassphrasePolicyV1::accepts(passphrase)) return std::unexpected(Error::invalidCredential());
   const auto metadata = Metadata::make(Factor::backupPassphrase, Derivation::argon2idV13, drawn.salt,
                                        profile.operationsLimit(), profile.memoryLimitBytes(), context.artifactIdentifier(),
                                        context.keySlotIdentifier(), context.generation());
