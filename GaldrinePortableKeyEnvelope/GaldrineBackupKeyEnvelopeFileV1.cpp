@@ -37,25 +37,9 @@ constexpr std::string_view tmpDirectoryName = "tmp";
 
 [[nodiscard]] bool stopsAt(const FaultHook& faultHook, FaultPoint point) { return faultHook && faultHook(point); }
 
-// readBoundedRegularFile reads a regular file of 1 to 8192 bytes, never through a final
-// symbolic link, holding at most one byte more than the bound. Everything else, a file that
-// changes size between fstat and read included, is invalidEnvelopeFile.
-[[nodiscard]] std::expected<Bytes, Error> readBoundedRegularFile(const fs::path& url) {
-  // O_NONBLOCK: a FIFO at the path must not stall the open; fstat refuses it next.
-  const auto file = GaldrineFileDescriptor::open(url, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
-  if (!file) return refuse(Error::invalidEnvelopeFile);
-  struct stat status{};
-  if (::fstat(file->get(), &status) != 0 || !S_ISREG(status.st_mode) || status.st_size < 1 ||
-      status.st_size > maximumFileByteCount)
-    return refuse(Error::invalidEnvelopeFile);
-  auto bytes = GaldrinePlatformFiles::readUpTo(file->get(), static_cast<std::size_t>(maximumFileByteCount) + 1);
-  if (!bytes || std::ssize(*bytes) != status.st_size) return refuse(Error::invalidEnvelopeFile);
-  return std::move(*bytes);
-}
-
 // readBoundSet reads a set file and binds it to the package named by `header`.
 [[nodiscard]] std::expected<FileRead, Failure> readBoundSet(const fs::path& url, const GaldrineBackupFormatHeaderV1& header) {
-  const auto bytes = readBoundedRegularFile(url);
+  const auto bytes = GaldrineBackupKeyEnvelopeFileV1::readBoundedRegularFile(url);
   if (!bytes) return std::unexpected(Failure(bytes.error()));
   auto set = Set::decode(*bytes);
   if (!set) return std::unexpected(Failure(set.error()));
@@ -160,7 +144,7 @@ class StagedFile {
 
 // matchesWritten: the bytes are the encoding that was written, and they decode to the same set.
 [[nodiscard]] bool matchesWritten(const fs::path& url, ByteView encoded, const Set& envelopeSet) {
-  const auto bytes = readBoundedRegularFile(url);
+  const auto bytes = GaldrineBackupKeyEnvelopeFileV1::readBoundedRegularFile(url);
   if (!bytes || !GaldrineByteOrder::equal(*bytes, encoded)) return false;
   const auto decoded = Set::decode(*bytes);
   return decoded && *decoded == envelopeSet;
@@ -194,6 +178,20 @@ class StagedFile {
 }  // namespace
 
 namespace GaldrineBackupKeyEnvelopeFileV1 {
+
+std::expected<Bytes, Error> readBoundedRegularFile(const fs::path& url) {
+  // O_NONBLOCK: a FIFO at the path must not stall the open; fstat refuses it next.
+  const auto file = GaldrineFileDescriptor::open(url, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
+  if (!file) return refuse(Error::invalidEnvelopeFile);
+  struct stat status{};
+  if (::fstat(file->get(), &status) != 0 || !S_ISREG(status.st_mode) || status.st_size < 1 ||
+      status.st_size > maximumFileByteCount)
+    return refuse(Error::invalidEnvelopeFile);
+  // One byte past the bound is asked for, so a file that grew since fstat is caught.
+  auto bytes = GaldrinePlatformFiles::readUpTo(file->get(), static_cast<std::size_t>(maximumFileByteCount) + 1);
+  if (!bytes || std::ssize(*bytes) != status.st_size) return refuse(Error::invalidEnvelopeFile);
+  return std::move(*bytes);
+}
 
 std::expected<FileRead, Failure> read(const Package& package) {
   const auto fresh = reopenBound(package);

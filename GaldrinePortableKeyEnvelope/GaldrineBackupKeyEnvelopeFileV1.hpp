@@ -30,6 +30,13 @@ inline constexpr std::string_view stagedNamePrefix = ".key-envelopes-";
 inline constexpr std::string_view stagedNameSuffix = ".tmp";
 inline constexpr std::int64_t maximumFileByteCount = GaldrineBackupKeyEnvelopeSetV1::maximumEncodedByteCount;
 
+// readBoundedRegularFile is the one way this file is read: opened read-only without following
+// a final symbolic link, it must be a regular file of 1 to 8192 bytes by fstat, and one read of
+// at most 8193 bytes must give exactly that many. Anything else, a read error included, is
+// invalidEnvelopeFile. The descriptor is closed on every path.
+[[nodiscard]] std::expected<Bytes, GaldrineBackupKeyEnvelopeFileV1Error> readBoundedRegularFile(
+    const std::filesystem::path& fileURL);
+
 // read opens the package again at its URL (its failure unchanged) and requires the same header
 // value and bytes as `package` (packageBindingMismatch); the file must exist by lstat
 // (envelopeFileMissing), pass the bounded read (invalidEnvelopeFile), decode (the set's
