@@ -1,0 +1,231 @@
+#include "GaldrinePortableKeyEnvelope/GaldrineBackupKeyEnvelopeFileV1.hpp"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <string>
+
+#include "GaldrineCore/GaldrineBackupFormatV1.hpp"
+#include "GaldrineCore/GaldrineDirectorySynchronization.hpp"
+#include "GaldrineCryptoPrimitives/GaldrineSHA256.hpp"
+#include "GaldrinePlatform/GaldrineFileDescriptor.hpp"
+#include "GaldrinePlatform/GaldrinePlatformFiles.hpp"
+#include "GaldrinePlatform/GaldrinePlatformRandom.hpp"
+
+namespace {
+
+namespace fs = std::filesystem;
+using Error = GaldrineBackupKeyEnvelopeFileV1Error;
+using Failure = GaldrineBackupKeyEnvelopeFileV1Failure;
+using FileRead = GaldrineBackupKeyEnvelopeFileReadV1;
+using FaultPoint = GaldrineBackupKeyEnvelopeFileFaultPointV1;
+using FaultHook = GaldrineBackupKeyEnvelopeFileFaultHookV1;
+using Package = GaldrineBackupPackageV1;
+using Set = GaldrineBackupKeyEnvelopeSetV1;
+using GaldrineBackupKeyEnvelopeFileV1::maximumFileByteCount;
+
+constexpr std::string_view tmpDirectoryName = "tmp";
+
+[[nodiscard]] std::unexpected<Error> refuse(Error error) { return std::unexpected(error); }
+
+[[nodiscard]] bool somethingStandsAt(const fs::path& url) {
+  struct stat status{};
+  return ::lstat(url.c_str(), &status) == 0;
+}
+
+[[nodiscard]] bool stopsAt(const FaultHook& faultHook, FaultPoint point) { return faultHook && faultHook(point); }
+
+// readBoundSet reads a set file and binds it to the package named by `header`.
+[[nodiscard]] std::expected<FileRead, Failure> readBoundSet(const fs::path& url, const GaldrineBackupFormatHeaderV1& header) {
+  const auto bytes = GaldrineBackupKeyEnvelopeFileV1::readBoundedRegularFile(url);
+  if (!bytes) return std::unexpected(Failure(bytes.error()));
+  auto set = Set::decode(*bytes);
+  if (!set) return std::unexpected(Failure(set.error()));
+  if (set->packageIdentifier() != header.packageIdentifier()) return std::unexpected(Failure(Error::packageBindingMismatch));
+  return FileRead{std::move(*set), GaldrineSHA256::digest(*bytes)};
+}
+
+[[nodiscard]] fs::path finalURLOf(const Package& package) { return package.packageURL() / Package::keyEnvelopesName; }
+
+// reopenBound opens the package again and requires it to be the one the caller holds.
+[[nodiscard]] std::expected<Package, Failure> reopenBound(const Package& package) {
+  auto fresh = Package::open(package.packageURL());
+  if (!fresh) return std::unexpected(Failure(fresh.error()));
+  if (fresh->header() != package.header() || fresh->headerData() != package.headerData())
+    return std::unexpected(Failure(Error::packageBindingMismatch));
+  return std::move(*fresh);
+}
+
+// ---- Writing ----
+
+// beforeRename keeps the file's own cases and reports any other failure as publicationFailed.
+[[nodiscard]] Error beforeRename(const Failure& failure) {
+  if (const auto* own = std::get_if<Error>(&failure)) return *own;
+  return Error::publicationFailed;
+}
+
+// checkExpectedCurrent: no file and no digest passes; a file with a digest passes if its bytes
+// still have that digest; a file where none was expected, or none where one was, is stale.
+[[nodiscard]] std::expected<void, Error> checkExpectedCurrent(const Package& package, std::optional<ByteView> expected) {
+  const fs::path finalURL = finalURLOf(package);
+  const bool fileExists = somethingStandsAt(finalURL);
+  if (!fileExists && !expected) return {};
+  if (fileExists != expected.has_value()) return refuse(Error::staleCurrentFile);
+  const auto current = readBoundSet(finalURL, package.header());
+  if (!current) return refuse(beforeRename(current.error()));
+  if (!GaldrineByteOrder::equal(current->encodedSHA256, *expected)) return refuse(Error::staleCurrentFile);
+  return {};
+}
+
+[[nodiscard]] std::expected<Package, Error> prepare(const Set& envelopeSet, const Package& package,
+                                                    std::optional<ByteView> replacing) {
+  if (replacing && std::ssize(*replacing) != GaldrineBackupFormatV1::digestByteCount)
+    return refuse(Error::invalidExpectedDigest);
+  auto fresh = reopenBound(package);
+  if (!fresh) return refuse(beforeRename(fresh.error()));
+  if (envelopeSet.packageIdentifier() != fresh->header().packageIdentifier()) return refuse(Error::packageBindingMismatch);
+  if (auto current = checkExpectedCurrent(*fresh, replacing); !current) return std::unexpected(current.error());
+  return std::move(*fresh);
+}
+
+[[nodiscard]] std::expected<fs::path, Error> stagedURLIn(const fs::path& tmp) {
+  const std::optional<std::string> identifier = GaldrinePlatformRandom::lowercaseUUIDText();
+  if (!identifier) return refuse(Error::publicationFailed);
+  std::string name(GaldrineBackupKeyEnvelopeFileV1::stagedNamePrefix);
+  name += *identifier;
+  name += GaldrineBackupKeyEnvelopeFileV1::stagedNameSuffix;
+  return tmp / name;
+}
+
+// StagedFile removes the staged file when the write ends, unless it was published. It is armed
+// only once this writer has created the file, so nothing of anyone else's is ever removed.
+class StagedFile {
+ public:
+  explicit StagedFile(fs::path url) : url_(std::move(url)) {}
+  StagedFile(const StagedFile&) = delete;
+  StagedFile& operator=(const StagedFile&) = delete;
+  ~StagedFile() {
+    if (created_) ::unlink(url_.c_str());  // a failed removal changes nothing about the result
+  }
+
+  [[nodiscard]] const fs::path& url() const { return url_; }
+
+  // create writes `bytes` into a new file, refusing an existing one, and closes it.
+  [[nodiscard]] bool create(ByteView bytes) {
+    auto file = GaldrineFileDescriptor::open(url_, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0666);
+    if (!file) return false;
+    created_ = true;
+    return GaldrinePlatformFiles::writeAll(file->get(), bytes).has_value() && file->close().has_value();
+  }
+
+  [[nodiscard]] bool synchronize() const {
+    auto file = GaldrineFileDescriptor::open(url_, O_WRONLY | O_NOFOLLOW);
+    return file && GaldrinePlatformFiles::synchronizeFile(file->get()).has_value() && file->close().has_value();
+  }
+
+  // publish renames the staged file over the final name; from then on it is no longer ours.
+  [[nodiscard]] bool publish(const fs::path& finalURL) {
+    if (std::rename(url_.c_str(), finalURL.c_str()) != 0) return false;
+    created_ = false;
+    return true;
+  }
+
+ private:
+  fs::path url_;
+  bool created_ = false;
+};
+
+[[nodiscard]] bool synchronizeDirectory(const fs::path& directory) {
+  // A provider that takes durability over counts as success.
+  return GaldrineDirectorySynchronization::synchronizeAfterMutation(directory).has_value();
+}
+
+// matchesWritten: the bytes are the encoding that was written, and they decode to the same set.
+[[nodiscard]] bool matchesWritten(const fs::path& url, ByteView encoded, const Set& envelopeSet) {
+  const auto bytes = GaldrineBackupKeyEnvelopeFileV1::readBoundedRegularFile(url);
+  if (!bytes || !GaldrineByteOrder::equal(*bytes, encoded)) return false;
+  const auto decoded = Set::decode(*bytes);
+  return decoded && *decoded == envelopeSet;
+}
+
+// stage covers everything from the staged file's creation to its verification.
+[[nodiscard]] std::expected<void, Error> stage(StagedFile& staged, const fs::path& tmp, ByteView encoded,
+                                               const Set& envelopeSet, const FaultHook& faultHook) {
+  if (somethingStandsAt(staged.url())) return refuse(Error::publicationFailed);
+  if (!staged.create(encoded) || stopsAt(faultHook, FaultPoint::afterStagingWrite)) return refuse(Error::publicationFailed);
+  if (!staged.synchronize() || !synchronizeDirectory(tmp) || stopsAt(faultHook, FaultPoint::afterStagingSync))
+    return refuse(Error::publicationFailed);
+  if (!matchesWritten(staged.url(), encoded, envelopeSet) || stopsAt(faultHook, FaultPoint::afterStagingVerification))
+    return refuse(Error::publicationFailed);
+  return {};
+}
+
+// confirm runs after the rename: every failure here is publicationOutcomeUnknown, since the new
+// file may already stand.
+[[nodiscard]] std::expected<FileRead, Error> confirm(const Package& package, const fs::path& tmp, const Set& envelopeSet,
+                                                     ByteView encodedSHA256, const FaultHook& faultHook) {
+  if (stopsAt(faultHook, FaultPoint::afterFinalRename) || !synchronizeDirectory(tmp) ||
+      !synchronizeDirectory(package.packageURL()) || stopsAt(faultHook, FaultPoint::afterDirectorySync))
+    return refuse(Error::publicationOutcomeUnknown);
+  auto written = readBoundSet(finalURLOf(package), package.header());
+  if (!written || written->envelopeSet != envelopeSet || !GaldrineByteOrder::equal(written->encodedSHA256, encodedSHA256))
+    return refuse(Error::publicationOutcomeUnknown);
+  return std::move(*written);
+}
+
+}  // namespace
+
+namespace GaldrineBackupKeyEnvelopeFileV1 {
+
+std::expected<Bytes, Error> readBoundedRegularFile(const fs::path& url) {
+  // O_NONBLOCK: a FIFO at the path must not stall the open; fstat refuses it next.
+  const auto file = GaldrineFileDescriptor::open(url, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
+  if (!file) return refuse(Error::invalidEnvelopeFile);
+  struct stat status{};
+  if (::fstat(file->get(), &status) != 0 || !S_ISREG(status.st_mode) || status.st_size < 1 ||
+      status.st_size > maximumFileByteCount)
+    return refuse(Error::invalidEnvelopeFile);
+  // One byte past the bound is asked for, so a file that grew since fstat is caught.
+  auto bytes = GaldrinePlatformFiles::readUpTo(file->get(), static_cast<std::size_t>(maximumFileByteCount) + 1);
+  if (!bytes || std::ssize(*bytes) != status.st_size) return refuse(Error::invalidEnvelopeFile);
+  return std::move(*bytes);
+}
+
+std::expected<FileRead, Failure> read(const Package& package) {
+  const auto fresh = reopenBound(package);
+  if (!fresh) return std::unexpected(fresh.error());
+  const fs::path url = finalURLOf(*fresh);
+  if (!somethingStandsAt(url)) return std::unexpected(Failure(Error::envelopeFileMissing));
+  return readBoundSet(url, fresh->header());
+}
+
+std::expected<FileRead, Error> writeAtomically(const Set& envelopeSet, const Package& package,
+                                               std::optional<ByteView> replacing) {
+  return writeAtomically(envelopeSet, package, replacing, FaultHook{});
+}
+
+std::expected<FileRead, Error> writeAtomically(const Set& envelopeSet, const Package& package,
+                                               std::optional<ByteView> replacing, const FaultHook& faultHook) {
+  const auto fresh = prepare(envelopeSet, package, replacing);
+  if (!fresh) return std::unexpected(fresh.error());
+  const auto encoded = envelopeSet.encoded();
+  if (!encoded) return refuse(Error::publicationFailed);
+  const Bytes encodedSHA256 = GaldrineSHA256::digest(*encoded);
+  const auto tmp = fresh->directoryURL(tmpDirectoryName);
+  if (!tmp) return refuse(Error::publicationFailed);
+  const auto stagedURL = stagedURLIn(*tmp);
+  if (!stagedURL) return std::unexpected(stagedURL.error());
+
+  StagedFile staged(*stagedURL);
+  if (auto stagedAndVerified = stage(staged, *tmp, *encoded, envelopeSet, faultHook); !stagedAndVerified)
+    return std::unexpected(stagedAndVerified.error());
+  // The current file may have changed while the new one was staged.
+  if (auto current = checkExpectedCurrent(*fresh, replacing); !current) return std::unexpected(current.error());
+  if (stopsAt(faultHook, FaultPoint::beforeFinalRename) || !staged.publish(finalURLOf(*fresh)))
+    return refuse(Error::publicationFailed);
+  return confirm(*fresh, *tmp, envelopeSet, encodedSHA256, faultHook);
+}
+
+}  // namespace GaldrineBackupKeyEnvelopeFileV1

@@ -1,0 +1,19 @@
+#pragma once
+// GaldrinePortableKeyFactorV1 is the credential a portable envelope is sealed under. Its raw
+// value is what an envelope stores, and the text order is the order of envelopes in a set.
+
+#include <array>
+#include <cstdint>
+#include <string_view>
+
+#include "GaldrineCore/GaldrineRawValue.hpp"
+
+enum class GaldrinePortableKeyFactorV1 : std::uint8_t {
+  backupPassphrase,
+  recoveryKey,
+};
+
+template <>
+struct GaldrineRawValueTable<GaldrinePortableKeyFactorV1> {
+  static constexpr std::array<std::string_view, 2> rawValues{"backup-passphrase", "recovery-key"};
+};
