@@ -11,6 +11,7 @@
 #include "GaldrineCore/GaldrineDirectorySynchronization.hpp"
 #include "GaldrineCryptoPrimitives/GaldrineSHA256.hpp"
 #include "GaldrinePlatform/GaldrineFileDescriptor.hpp"
+#include "GaldrinePlatform/GaldrineBoundedFileRead.hpp"
 #include "GaldrinePlatform/GaldrinePlatformFiles.hpp"
 #include "GaldrinePlatform/GaldrinePlatformRandom.hpp"
 
@@ -180,16 +181,8 @@ class StagedFile {
 namespace GaldrineBackupKeyEnvelopeFileV1 {
 
 std::expected<Bytes, Error> readBoundedRegularFile(const fs::path& url) {
-  // O_NONBLOCK: a FIFO at the path must not stall the open; fstat refuses it next.
-  const auto file = GaldrineFileDescriptor::open(url, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
-  if (!file) return refuse(Error::invalidEnvelopeFile);
-  struct stat status{};
-  if (::fstat(file->get(), &status) != 0 || !S_ISREG(status.st_mode) || status.st_size < 1 ||
-      status.st_size > maximumFileByteCount)
-    return refuse(Error::invalidEnvelopeFile);
-  // One byte past the bound is asked for, so a file that grew since fstat is caught.
-  auto bytes = GaldrinePlatformFiles::readUpTo(file->get(), static_cast<std::size_t>(maximumFileByteCount) + 1);
-  if (!bytes || std::ssize(*bytes) != status.st_size) return refuse(Error::invalidEnvelopeFile);
+  auto bytes = GaldrinePlatformFiles::readBoundedRegularFile(url, 1, static_cast<std::size_t>(maximumFileByteCount));
+  if (!bytes) return refuse(Error::invalidEnvelopeFile);
   return std::move(*bytes);
 }
 
