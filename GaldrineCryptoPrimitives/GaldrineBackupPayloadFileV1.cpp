@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <new>
 #include <utility>
@@ -14,6 +15,9 @@ namespace {
 using Error = GaldrineBackupPayloadV1Error;
 
 [[nodiscard]] std::unexpected<Error> invalidArtifact() { return std::unexpected(Error::invalidArtifact()); }
+
+// Pieces of a hashed read are small enough to stay in the processor's cache until they are hashed.
+constexpr std::size_t hashedPieceByteCount = 256 * 1024;
 
 // Below this size the heap serves a buffer without faulting in fresh pages.
 constexpr std::size_t smallestMappedByteCount = 1024 * 1024;
@@ -75,10 +79,16 @@ std::expected<void, Error> GaldrineBackupPayloadFileV1::readInto(std::uint64_t o
   return {};
 }
 
-std::expected<GaldrineBackupPayloadFileV1::ReadBuffer, Error> GaldrineBackupPayloadFileV1::read(
+std::expected<GaldrineBackupPayloadFileV1::HashedRead, Error> GaldrineBackupPayloadFileV1::readHashed(
     std::uint64_t offset, std::uint64_t byteCount) const {
   if (offset > byteCount_ || byteCount > byteCount_ - offset) return invalidArtifact();
   ReadBuffer buffer(static_cast<std::size_t>(byteCount));
-  if (auto filled = readInto(offset, buffer.span()); !filled) return std::unexpected(filled.error());
-  return buffer;
+  GaldrinePlatformSHA256::Hasher hasher;
+  const std::span<std::uint8_t> bytes = buffer.span();
+  for (std::size_t start = 0; start < bytes.size(); start += hashedPieceByteCount) {
+    const std::span<std::uint8_t> piece = bytes.subspan(start, std::min(hashedPieceByteCount, bytes.size() - start));
+    if (auto filled = readInto(offset + start, piece); !filled) return std::unexpected(filled.error());
+    hasher.update(piece);
+  }
+  return HashedRead{std::move(buffer), hasher.finalize()};
 }

@@ -10,10 +10,12 @@
 #include <expected>
 #include <filesystem>
 #include <span>
+#include <utility>
 
 #include "GaldrineCryptoPrimitives/GaldrineBackupPayloadV1Error.hpp"
 #include "GaldrinePlatform/GaldrineBytes.hpp"
 #include "GaldrinePlatform/GaldrineFileDescriptor.hpp"
+#include "GaldrinePlatform/GaldrinePlatformSHA256.hpp"
 
 class GaldrineBackupPayloadFileV1 {
  public:
@@ -40,6 +42,14 @@ class GaldrineBackupPayloadFileV1 {
     bool mapped_ = false;
   };
 
+  // HashedRead is a read together with the SHA-256 of its bytes, taken piece by piece as the
+  // pieces arrive, while each is still in the processor's cache: one pass over memory fewer than
+  // reading first and hashing after.
+  struct HashedRead {
+    ReadBuffer bytes;
+    GaldrineSHA256Digest digest;
+  };
+
   // open opens `name` under `directory` (AT_FDCWD for a path) read-only and non-blocking, so a
   // FIFO put in a file's place cannot stall it, and keeps it only if it is a regular file of
   // at most `maximumByteCount` bytes.
@@ -52,10 +62,10 @@ class GaldrineBackupPayloadFileV1 {
   [[nodiscard]] std::expected<void, GaldrineBackupPayloadV1Error> readInto(std::uint64_t offset,
                                                                            std::span<std::uint8_t> bytes) const;
 
-  // read gives exactly `byteCount` bytes from `offset`, allocated only once the range is known
-  // to lie inside the file.
-  [[nodiscard]] std::expected<ReadBuffer, GaldrineBackupPayloadV1Error> read(std::uint64_t offset,
-                                                                             std::uint64_t byteCount) const;
+  // readHashed gives exactly `byteCount` bytes from `offset`, allocated only once the range is
+  // known to lie inside the file, and their digest.
+  [[nodiscard]] std::expected<HashedRead, GaldrineBackupPayloadV1Error> readHashed(std::uint64_t offset,
+                                                                                   std::uint64_t byteCount) const;
 
  private:
   GaldrineBackupPayloadFileV1(GaldrineFileDescriptor descriptor, std::uint64_t byteCount)

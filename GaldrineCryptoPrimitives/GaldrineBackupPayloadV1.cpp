@@ -94,12 +94,12 @@ std::expected<Bytes, Error> authenticatedData(GaldrineBackupAADDomainV1 domain, 
   return std::move(*encoded);
 }
 
-std::expected<Bytes, Error> openExpectedFrame(ByteView frame, ByteView key, ByteView authenticatedData,
-                                              std::uint64_t plaintextLimit, const FrameExpectation& expectation) {
-  if (GaldrinePlatformSHA256::digest(frame) != expectation.frameSHA256)
-    return std::unexpected(Error::verificationFailed());
-  auto plaintext =
-      GaldrineAESGCMFrameV1::open(frame, key, authenticatedData, static_cast<std::int64_t>(plaintextLimit));
+std::expected<Bytes, Error> openExpectedFrame(const GaldrineBackupPayloadFileV1::HashedRead& frame, ByteView key,
+                                              ByteView authenticatedData, std::uint64_t plaintextLimit,
+                                              const FrameExpectation& expectation) {
+  if (frame.digest != expectation.frameSHA256) return std::unexpected(Error::verificationFailed());
+  auto plaintext = GaldrineAESGCMFrameV1::open(frame.bytes.view(), key, authenticatedData,
+                                               static_cast<std::int64_t>(plaintextLimit));
   if (!plaintext) return std::unexpected(Error::verificationFailed());
   if (plaintext->size() != expectation.plaintextByteCount ||
       GaldrinePlatformSHA256::digest(*plaintext) != expectation.plaintextSHA256) {

@@ -51,13 +51,12 @@ struct FrameExpectation {
   const GaldrineSHA256Digest& plaintextSHA256;
 };
 
-// openExpectedFrame hashes `frame`, opens it under `plaintextLimit`, and checks the
-// plaintext's length and digest. Every mismatch and a failed opening is verificationFailed; a
-// plaintext that fails its checks is wiped before it is dropped.
-[[nodiscard]] std::expected<Bytes, GaldrineBackupPayloadV1Error> openExpectedFrame(ByteView frame, ByteView key,
-                                                                                   ByteView authenticatedData,
-                                                                                   std::uint64_t plaintextLimit,
-                                                                                   const FrameExpectation& expectation);
+// openExpectedFrame compares the digest of a frame read with readHashed, opens the frame under
+// `plaintextLimit`, and checks the plaintext's length and digest. Every mismatch and a failed
+// opening is verificationFailed; a plaintext that fails its checks is wiped before it is dropped.
+[[nodiscard]] std::expected<Bytes, GaldrineBackupPayloadV1Error> openExpectedFrame(
+    const GaldrineBackupPayloadFileV1::HashedRead& frame, ByteView key, ByteView authenticatedData,
+    std::uint64_t plaintextLimit, const FrameExpectation& expectation);
 
 // InspectedPackSegment is a segment file still open, with what its inspection proved.
 struct InspectedPackSegment {

@@ -73,18 +73,18 @@ struct OpenedIndex {
 
 [[nodiscard]] std::expected<OpenedIndex, Error> openIndex(const File& file, const Header& header,
                                                           const KeyScope& scope) {
-  const auto frame = file.read(Header::encodedByteCount + header.entryAreaByteCount, header.indexFrameByteCount);
+  const auto frame = file.readHashed(Header::encodedByteCount + header.entryAreaByteCount, header.indexFrameByteCount);
   if (!frame) return std::unexpected(frame.error());
   const auto authenticatedData = Detail::authenticatedData(
       GaldrineBackupAADDomainV1::packIndex, scope, header.segmentIdentifier, GaldrineBackupFormatV1::packIndexOrdinal);
   if (!authenticatedData) return std::unexpected(authenticatedData.error());
   const auto plaintext = GaldrineAESGCMFrameV1::open(
-      frame->view(), scope.key, *authenticatedData,
+      frame->bytes.view(), scope.key, *authenticatedData,
       static_cast<std::int64_t>(GaldrineBackupFormatV1::maximumPackIndexPlaintextByteCount));
   if (!plaintext) return refuse(Error::verificationFailed());
   auto contents = GaldrineBackupPackIndexV1::decode(*plaintext, header);
   if (!contents) return std::unexpected(contents.error());
-  return OpenedIndex{std::move(*contents), GaldrinePlatformSHA256::digest(frame->view())};
+  return OpenedIndex{std::move(*contents), frame->digest};
 }
 
 [[nodiscard]] KeyScope scopeOf(ByteView packageIdentifier, ByteView libraryDomainIdentifier, ByteView segmentKey) {
@@ -127,12 +127,12 @@ std::expected<InspectedPackSegment, Error> inspectPackSegmentAt(int directory, c
 
 std::expected<Bytes, Error> openInspectedEntry(const InspectedPackSegment& segment, const Entry& entry,
                                                const KeyScope& scope) {
-  const auto frame = segment.file.read(entry.frameOffset, entry.frameByteCount);
+  const auto frame = segment.file.readHashed(entry.frameOffset, entry.frameByteCount);
   if (!frame) return std::unexpected(frame.error());
   const auto authenticatedData =
       Detail::authenticatedData(GaldrineBackupAADDomainV1::packEntry, scope, entry.identifier, entry.ordinal);
   if (!authenticatedData) return std::unexpected(authenticatedData.error());
-  return openExpectedFrame(frame->view(), scope.key, *authenticatedData,
+  return openExpectedFrame(*frame, scope.key, *authenticatedData,
                            GaldrineBackupFormatV1::maximumPackedResourcePlaintextByteCount,
                            {entry.frameSHA256, entry.plaintextByteCount, entry.plaintextSHA256});
 }

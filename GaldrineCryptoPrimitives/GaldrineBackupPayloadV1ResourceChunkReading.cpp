@@ -32,12 +32,12 @@ std::expected<Bytes, Error> openResourceChunkAt(int directory, const fs::path& n
   // The descriptor's frame byte count bounds the file, so a longer file fails before any read.
   const auto file = GaldrineBackupPayloadFileV1::open(directory, name, descriptor.frameByteCount);
   if (!file) return std::unexpected(file.error());
-  const auto frame = file->read(0, descriptor.frameByteCount);
+  const auto frame = file->readHashed(0, descriptor.frameByteCount);
   if (!frame) return std::unexpected(frame.error());
   const auto authenticatedData = GaldrineBackupPayloadV1Detail::authenticatedData(
       GaldrineBackupAADDomainV1::resourceChunk, scope, descriptor.identifier, descriptor.ordinal);
   if (!authenticatedData) return std::unexpected(authenticatedData.error());
-  return openExpectedFrame(frame->view(), scope.key, *authenticatedData,
+  return openExpectedFrame(*frame, scope.key, *authenticatedData,
                            GaldrineBackupFormatV1::maximumStandaloneChunkPlaintextByteCount,
                            {descriptor.frameSHA256, descriptor.plaintextByteCount, descriptor.plaintextSHA256});
 }
