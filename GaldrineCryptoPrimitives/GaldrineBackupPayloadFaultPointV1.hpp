@@ -1,0 +1,15 @@
+#pragma once
+// GaldrineBackupPayloadFaultPointV1 names the places where a payload writer can be stopped on
+// purpose, in the order in which a writer passes them. Only a caller's fault hook stops a
+// write at one of them; the ordinary writers never do.
+
+#include <cstdint>
+
+enum class GaldrineBackupPayloadFaultPointV1 : std::uint8_t {
+  afterStagingCreation,
+  afterPayloadWrite,
+  afterIndexWrite,  // pack segments only
+  afterStagingSync,
+  afterStagingVerification,
+  afterFinalRename,
+};
