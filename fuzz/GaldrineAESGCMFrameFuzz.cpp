@@ -12,7 +12,7 @@
 
 namespace {
 
-// The key and authenticated data of the GCM specification's test case 16, so that a seed
+// The key and authenticated data of the published GCM test case 16, so that a seed
 // made from that vector authenticates.
 constexpr std::uint8_t kKey[32] = {0xfe, 0xff, 0xe9, 0x92, 0x86, 0x65, 0x73, 0x1c, 0x6d, 0x6a, 0x8f,
                                    0x94, 0x67, 0x30, 0x83, 0x08, 0xfe, 0xff, 0xe9, 0x92, 0x86, 0x65,

@@ -2,7 +2,7 @@
 """Writes the small seed corpus of the fuzz targets under fuzz/corpus/<Target>/.
 
 The seeds are built here from first principles (a minimal deterministic CBOR writer and the
-GCM specification's test case 16), so nothing is copied from elsewhere. Run it from any
+published GCM test case 16), so nothing is copied from elsewhere. Run it from any
 directory; it replaces the seed files it owns and leaves others alone.
 """
 import pathlib

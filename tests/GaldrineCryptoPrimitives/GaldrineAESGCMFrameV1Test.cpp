@@ -19,7 +19,7 @@ namespace Frame = GaldrineAESGCMFrameV1;
 
 Bytes hex(std::string_view text) { return *GaldrineByteText::parseLowerHex(text); }
 
-// AES-256-GCM known answer with authenticated data (the GCM specification's test case 16).
+// AES-256-GCM known answer with authenticated data (the published GCM test case 16).
 const Bytes kKey = hex("feffe9928665731c6d6a8f9467308308feffe9928665731c6d6a8f9467308308");
 const Bytes kNonce = hex("cafebabefacedbaddecaf888");
 const Bytes kPlaintext = hex(

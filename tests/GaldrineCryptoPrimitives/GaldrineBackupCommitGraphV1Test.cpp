@@ -23,7 +23,7 @@ Reference commitReference(std::uint32_t number, std::uint8_t frameDigest = 0xA1)
   return take(Reference::make(identifier(number), 1000 + number, digest(frameDigest), 500 + number, digest(0xB1)));
 }
 
-struct CommitSpec {
+struct CommitShape {
   std::uint32_t number;
   std::optional<std::uint32_t> parent;
   std::uint64_t epoch = 0;
@@ -31,19 +31,19 @@ struct CommitSpec {
   std::vector<std::uint32_t> tips = {};
 };
 
-Commit makeCommit(const CommitSpec& spec) {
+Commit makeCommit(const CommitShape& shape) {
   std::optional<Reference> parent;
-  if (spec.parent) parent = commitReference(*spec.parent);
+  if (shape.parent) parent = commitReference(*shape.parent);
   std::vector<Reference> tips;
-  for (const std::uint32_t tip : spec.tips) tips.push_back(commitReference(tip));
-  auto commit = take(GaldrineBackupCommitV1::make(identifier(spec.number), kLibrary, parent, reference(0xFFFF), kManifest,
-                                                  kManifest, spec.epoch, spec.generation, 0, digest(9), tips));
-  return take(Commit::make(commitReference(spec.number), std::move(commit)));
+  for (const std::uint32_t tip : shape.tips) tips.push_back(commitReference(tip));
+  auto commit = take(GaldrineBackupCommitV1::make(identifier(shape.number), kLibrary, parent, reference(0xFFFF), kManifest,
+                                                  kManifest, shape.epoch, shape.generation, 0, digest(9), tips));
+  return take(Commit::make(commitReference(shape.number), std::move(commit)));
 }
 
-std::vector<Commit> makeCommits(const std::vector<CommitSpec>& specs) {
+std::vector<Commit> makeCommits(const std::vector<CommitShape>& shapes) {
   std::vector<Commit> commits;
-  for (const auto& spec : specs) commits.push_back(makeCommit(spec));
+  for (const auto& shape : shapes) commits.push_back(makeCommit(shape));
   return commits;
 }
 
@@ -60,16 +60,16 @@ std::vector<Head> headsOn(const std::vector<std::uint32_t>& commitNumbers) {
   return heads;
 }
 
-Tip tipOf(const CommitSpec& spec) { return Tip(makeCommit(spec)); }
+Tip tipOf(const CommitShape& shape) { return Tip(makeCommit(shape)); }
 
-Scan expectedScan(AccessState state, std::vector<Tip> tips, const std::vector<CommitSpec>& all, std::uint64_t epoch) {
+Scan expectedScan(AccessState state, std::vector<Tip> tips, const std::vector<CommitShape>& all, std::uint64_t epoch) {
   Scan scan{std::move(state), std::move(tips), {}, epoch};
-  for (const auto& spec : all) scan.validCommitIdentifiers.insert(identifier(spec.number));
+  for (const auto& shape : all) scan.validCommitIdentifiers.insert(identifier(shape.number));
   return scan;
 }
 
-void expectScan(const std::vector<CommitSpec>& specs, const std::vector<std::uint32_t>& headCommits, const Scan& expected) {
-  const auto scan = GaldrineBackupCommitGraphV1::scan(makeCommits(specs), headsOn(headCommits));
+void expectScan(const std::vector<CommitShape>& shapes, const std::vector<std::uint32_t>& headCommits, const Scan& expected) {
+  const auto scan = GaldrineBackupCommitGraphV1::scan(makeCommits(shapes), headsOn(headCommits));
   ASSERT_TRUE(scan.has_value()) << static_cast<int>(scan.error());
   EXPECT_EQ(*scan, expected);
 }
@@ -81,47 +81,47 @@ Error scanError(const std::vector<Commit>& commits, const std::vector<Head>& hea
 }
 
 // A root 1 with two branches 2 and 3 of epoch 0.
-const CommitSpec kRoot{1, std::nullopt};
-const CommitSpec kLeft{2, 1, 0, 1};
-const CommitSpec kRight{3, 1, 0, 1};
+const CommitShape kRoot{1, std::nullopt};
+const CommitShape kLeft{2, 1, 0, 1};
+const CommitShape kRight{3, 1, 0, 1};
 
 TEST(GaldrineBackupCommitGraph, NothingIsWritableWithoutATip) {
   expectScan({}, {}, expectedScan(AccessState::writable(std::nullopt), {}, {}, 0));
-  const std::vector<CommitSpec> specs{kRoot, {2, 1, 4, 1}};
-  expectScan(specs, {}, expectedScan(AccessState::writable(std::nullopt), {}, specs, 4));
+  const std::vector<CommitShape> shapes{kRoot, {2, 1, 4, 1}};
+  expectScan(shapes, {}, expectedScan(AccessState::writable(std::nullopt), {}, shapes, 4));
 }
 
 TEST(GaldrineBackupCommitGraph, SingleBranchHasItsLastReachedCommitAsTip) {
-  const std::vector<CommitSpec> specs{kRoot, kLeft, {4, 2, 0, 2}, {5, 4, 0, 3}};
-  const Tip tip = tipOf(specs[2]);
+  const std::vector<CommitShape> shapes{kRoot, kLeft, {4, 2, 0, 2}, {5, 4, 0, 3}};
+  const Tip tip = tipOf(shapes[2]);
   // Two heads on one commit and one on its ancestor give one tip; commit 5 is reached by none.
-  expectScan(specs, {4, 2, 4}, expectedScan(AccessState::writable(tip), {tip}, specs, 0));
+  expectScan(shapes, {4, 2, 4}, expectedScan(AccessState::writable(tip), {tip}, shapes, 0));
 }
 
 TEST(GaldrineBackupCommitGraph, TwoRootsWithHeadsAreAFork) {
-  const std::vector<CommitSpec> specs{{9, std::nullopt}, kRoot};
-  const std::vector<Tip> tips{tipOf(kRoot), tipOf(specs[0])};
-  expectScan(specs, {9, 1}, expectedScan(AccessState::readOnlyFork(tips), tips, specs, 0));
+  const std::vector<CommitShape> shapes{{9, std::nullopt}, kRoot};
+  const std::vector<Tip> tips{tipOf(kRoot), tipOf(shapes[0])};
+  expectScan(shapes, {9, 1}, expectedScan(AccessState::readOnlyFork(tips), tips, shapes, 0));
 }
 
 TEST(GaldrineBackupCommitGraph, ACommitThatAcknowledgesTheOtherTipHealsTheFork) {
-  const CommitSpec healing{4, 2, 1, 1, {3}};
-  const std::vector<CommitSpec> specs{kRoot, kLeft, kRight, healing};
+  const CommitShape healing{4, 2, 1, 1, {3}};
+  const std::vector<CommitShape> shapes{kRoot, kLeft, kRight, healing};
   expectScan({kRoot, kLeft, kRight}, {2, 3},
              expectedScan(AccessState::readOnlyFork({tipOf(kLeft), tipOf(kRight)}), {tipOf(kLeft), tipOf(kRight)},
                           {kRoot, kLeft, kRight}, 0));
   const std::vector<Tip> tips{tipOf(kRight), tipOf(healing)};
-  expectScan(specs, {3, 4}, expectedScan(AccessState::writable(tipOf(healing)), tips, specs, 1));
+  expectScan(shapes, {3, 4}, expectedScan(AccessState::writable(tipOf(healing)), tips, shapes, 1));
 }
 
 TEST(GaldrineBackupCommitGraph, OfThreeTipsOnlyOneAcknowledgingBothSettles) {
-  const CommitSpec third{5, 1, 0, 1};
+  const CommitShape third{5, 1, 0, 1};
   for (const bool acknowledgesBoth : {true, false}) {
-    const CommitSpec healing{4, 2, 1, 1, acknowledgesBoth ? std::vector<std::uint32_t>{3, 5} : std::vector<std::uint32_t>{5}};
-    const std::vector<CommitSpec> specs{kRoot, kLeft, kRight, healing, third};
+    const CommitShape healing{4, 2, 1, 1, acknowledgesBoth ? std::vector<std::uint32_t>{3, 5} : std::vector<std::uint32_t>{5}};
+    const std::vector<CommitShape> shapes{kRoot, kLeft, kRight, healing, third};
     const std::vector<Tip> tips{tipOf(kRight), tipOf(healing), tipOf(third)};
     const AccessState state = acknowledgesBoth ? AccessState::writable(tipOf(healing)) : AccessState::readOnlyFork(tips);
-    expectScan(specs, {5, 4, 3}, expectedScan(state, tips, specs, 1));
+    expectScan(shapes, {5, 4, 3}, expectedScan(state, tips, shapes, 1));
   }
 }
 
@@ -135,15 +135,15 @@ TEST(GaldrineBackupCommitGraph, MutualAcknowledgementStaysAFork) {
 }
 
 TEST(GaldrineBackupCommitGraph, AWriterTakesOverWithAHigherEpoch) {
-  const std::vector<CommitSpec> specs{kRoot, kLeft, {4, 2, 5, 1}, {6, 4, 5, 2}};
-  const Tip tip = tipOf(specs[3]);
-  expectScan(specs, {6}, expectedScan(AccessState::writable(tip), {tip}, specs, 5));
+  const std::vector<CommitShape> shapes{kRoot, kLeft, {4, 2, 5, 1}, {6, 4, 5, 2}};
+  const Tip tip = tipOf(shapes[3]);
+  expectScan(shapes, {6}, expectedScan(AccessState::writable(tip), {tip}, shapes, 5));
 }
 
 TEST(GaldrineBackupCommitGraph, LineageFaultsAreRefused) {
   const struct {
     std::string_view name;
-    std::vector<CommitSpec> specs;
+    std::vector<CommitShape> shapes;
   } cases[] = {
       // In each the last commit breaks one rule, and the others are sound.
       {"a root with acknowledged tips", {{9, std::nullopt}, {1, std::nullopt, 0, 0, {9}}}},
@@ -159,27 +159,27 @@ TEST(GaldrineBackupCommitGraph, LineageFaultsAreRefused) {
   };
   for (const auto& testCase : cases) {
     SCOPED_TRACE(std::string(testCase.name));
-    EXPECT_EQ(scanError(makeCommits(testCase.specs), {}), Error::invalidLineage);
-    const auto sound = makeCommits({testCase.specs.begin(), testCase.specs.end() - 1});
+    EXPECT_EQ(scanError(makeCommits(testCase.shapes), {}), Error::invalidLineage);
+    const auto sound = makeCommits({testCase.shapes.begin(), testCase.shapes.end() - 1});
     EXPECT_TRUE(GaldrineBackupCommitGraphV1::scan(sound, {}).has_value());
   }
 }
 
 TEST(GaldrineBackupCommitGraph, RepeatsAreDroppedWhenEqualAndRefusedOtherwise) {
-  const std::vector<CommitSpec> specs{kRoot, kLeft};
+  const std::vector<CommitShape> shapes{kRoot, kLeft};
   auto commits = makeCommits({kRoot, kLeft, kLeft});
   auto heads = headsOn({2});
   heads.push_back(heads.front());
   const auto scan = GaldrineBackupCommitGraphV1::scan(commits, heads);
   ASSERT_TRUE(scan.has_value());
-  EXPECT_EQ(*scan, expectedScan(AccessState::writable(tipOf(kLeft)), {tipOf(kLeft)}, specs, 0));
+  EXPECT_EQ(*scan, expectedScan(AccessState::writable(tipOf(kLeft)), {tipOf(kLeft)}, shapes, 0));
 
   EXPECT_EQ(scanError(makeCommits({kRoot, kLeft, {2, 1, 3, 1}}), {}), Error::duplicateIdentifier);
   const auto otherReference = take(Commit::make(commitReference(2, 0xA2), makeCommit(kLeft).commit()));
   EXPECT_EQ(scanError({makeCommit(kRoot), makeCommit(kLeft), otherReference}, {}), Error::duplicateIdentifier);
   // Heads are indexed after commits, and both before any reference is looked up.
   std::vector<Head> differingHeads{makeHead(0, commitReference(1)), makeHead(0, commitReference(2))};
-  EXPECT_EQ(scanError(makeCommits(specs), differingHeads), Error::duplicateIdentifier);
+  EXPECT_EQ(scanError(makeCommits(shapes), differingHeads), Error::duplicateIdentifier);
   EXPECT_EQ(scanError(makeCommits({kRoot, kLeft, {2, 1, 3, 1}}), headsOn({77})), Error::duplicateIdentifier);
 }
 
@@ -195,7 +195,7 @@ TEST(GaldrineBackupCommitGraph, EveryReferenceMustBindTheFrameSeen) {
 }
 
 TEST(GaldrineBackupCommitGraph, ARingIsCyclicEvenBesideSoundCommits) {
-  const std::vector<CommitSpec> ring{{5, 6, 0, 1}, {6, 5, 0, 1}};
+  const std::vector<CommitShape> ring{{5, 6, 0, 1}, {6, 5, 0, 1}};
   EXPECT_EQ(scanError(makeCommits(ring), {}), Error::cyclicGraph);
   auto withSoundOnes = makeCommits({kRoot, kLeft, {5, 6, 0, 1}, {6, 5, 0, 1}, {7, std::nullopt, 0, 0, {2}}});
   EXPECT_EQ(scanError(withSoundOnes, headsOn({2})), Error::cyclicGraph);
