@@ -1,0 +1,44 @@
+#pragma once
+// Enumerations with raw values (text or numbers). Each such enumeration specialises
+// GaldrineRawValueTable beside its definition with one array `rawValues`, written in case
+// order; rawValue, fromRawValue and allCases are then derived from that one table, so a
+// case and its raw value can never drift apart.
+
+#include <array>
+#include <cstddef>
+#include <optional>
+#include <type_traits>
+#include <utility>
+
+template <typename Enumeration>
+struct GaldrineRawValueTable;
+
+template <typename Enumeration>
+concept GaldrineRawRepresentable = std::is_enum_v<Enumeration> && requires {
+  GaldrineRawValueTable<Enumeration>::rawValues.size();
+};
+
+template <GaldrineRawRepresentable Enumeration>
+using GaldrineRawValueType = typename decltype(GaldrineRawValueTable<Enumeration>::rawValues)::value_type;
+
+// rawValue gives the raw value of a case.
+template <GaldrineRawRepresentable Enumeration>
+[[nodiscard]] constexpr GaldrineRawValueType<Enumeration> rawValue(Enumeration value) {
+  return GaldrineRawValueTable<Enumeration>::rawValues[static_cast<std::size_t>(std::to_underlying(value))];
+}
+
+// fromRawValue gives the case whose raw value equals `raw` exactly, or nothing.
+template <GaldrineRawRepresentable Enumeration>
+[[nodiscard]] constexpr std::optional<Enumeration> fromRawValue(const GaldrineRawValueType<Enumeration>& raw) {
+  const auto& rawValues = GaldrineRawValueTable<Enumeration>::rawValues;
+  for (std::size_t index = 0; index < rawValues.size(); ++index) {
+    if (rawValues[index] == raw) return static_cast<Enumeration>(index);
+  }
+  return std::nullopt;
+}
+
+// allCases lists every case in declaration order.
+template <GaldrineRawRepresentable Enumeration>
+inline constexpr auto allCases = []<std::size_t... Index>(std::index_sequence<Index...>) {
+  return std::array<Enumeration, sizeof...(Index)>{static_cast<Enumeration>(Index)...};
+}(std::make_index_sequence<GaldrineRawValueTable<Enumeration>::rawValues.size()>{});
