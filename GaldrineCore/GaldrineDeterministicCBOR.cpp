@@ -86,27 +86,7 @@ class Encoder {
   }
 
   void appendHead(std::uint8_t majorType, std::uint64_t argument) {
-    const auto first = static_cast<std::uint8_t>(majorType << 5);
-    std::size_t followingByteCount = 0;
-    if (argument < 24) {
-      output_.push_back(static_cast<std::uint8_t>(first | argument));
-      return;
-    }
-    if (argument <= 0xFF) {
-      output_.push_back(first | 24);
-      followingByteCount = 1;
-    } else if (argument <= 0xFFFF) {
-      output_.push_back(first | 25);
-      followingByteCount = 2;
-    } else if (argument <= 0xFFFFFFFF) {
-      output_.push_back(first | 26);
-      followingByteCount = 4;
-    } else {
-      output_.push_back(first | 27);
-      followingByteCount = 8;
-    }
-    for (std::size_t index = followingByteCount; index-- > 0;)
-      output_.push_back(static_cast<std::uint8_t>(argument >> (8 * index)));
+    GaldrineDeterministicCBOR::appendHead(output_, majorType, argument);
   }
 
   const GaldrineCBORLimits& limits_;
@@ -266,6 +246,29 @@ class Decoder {
 }  // namespace
 
 namespace GaldrineDeterministicCBOR {
+
+void appendHead(Bytes& output, std::uint8_t majorType, std::uint64_t argument) {
+  const auto first = static_cast<std::uint8_t>(majorType << 5);
+  if (argument < 24) {
+    output.push_back(static_cast<std::uint8_t>(first | argument));
+    return;
+  }
+  std::size_t followingByteCount = 8;
+  std::uint8_t additional = 27;
+  if (argument <= 0xFF) {
+    followingByteCount = 1;
+    additional = 24;
+  } else if (argument <= 0xFFFF) {
+    followingByteCount = 2;
+    additional = 25;
+  } else if (argument <= 0xFFFFFFFF) {
+    followingByteCount = 4;
+    additional = 26;
+  }
+  output.push_back(static_cast<std::uint8_t>(first | additional));
+  for (std::size_t index = followingByteCount; index-- > 0;)
+    output.push_back(static_cast<std::uint8_t>(argument >> (8 * index)));
+}
 
 std::expected<Bytes, GaldrineCBORError> encode(const GaldrineCBORValue& value, const GaldrineCBORLimits& limits) {
   if (!limits.isValid()) return failure(Code::invalidLimits);

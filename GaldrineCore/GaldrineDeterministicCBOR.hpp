@@ -9,6 +9,7 @@
 // The first failure ends the call and nothing partial is returned. encode(decode(x)) == x
 // for every x that decode accepts.
 
+#include <cstdint>
 #include <expected>
 
 #include "GaldrineCore/GaldrineCBORBorrowedValue.hpp"
@@ -27,5 +28,10 @@ namespace GaldrineDeterministicCBOR {
 // strings are views into `bytes`, which must outlive the result.
 [[nodiscard]] std::expected<GaldrineCBORBorrowedValue, GaldrineCBORError> decodeBorrowed(ByteView bytes,
                                                                                        const GaldrineCBORLimits& limits);
+
+// appendHead writes the head of one item (major type and argument, the argument in its
+// shortest form) to the end of `output`. It is the encoder's own head writer, for writers
+// that lay out an encoding themselves, such as a large byte string encrypted in place.
+void appendHead(Bytes& output, std::uint8_t majorType, std::uint64_t argument);
 
 }  // namespace GaldrineDeterministicCBOR
