@@ -3,7 +3,9 @@
 // Its sort key is the album's identifier followed by the item's, so an album's members lie
 // together.
 
+#include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <expected>
 
@@ -37,8 +39,8 @@ class GaldrineBackupAlbumMembershipRecordV1 {
   // sortKey is the album identifier followed by the item identifier, 32 bytes.
   [[nodiscard]] ByteView sortKey() const { return key_; }
 
-  [[nodiscard]] GaldrineBackupIdentifierV1 albumIdentifier() const { return *GaldrineFixedBytes::identifier(ByteView(key_).first(16)); }
-  [[nodiscard]] GaldrineBackupIdentifierV1 itemIdentifier() const { return *GaldrineFixedBytes::identifier(ByteView(key_).last(16)); }
+  [[nodiscard]] GaldrineBackupIdentifierV1 albumIdentifier() const { return half(0); }
+  [[nodiscard]] GaldrineBackupIdentifierV1 itemIdentifier() const { return half(16); }
   [[nodiscard]] const Key& key() const { return key_; }
   [[nodiscard]] std::int64_t manualPosition() const { return manualPosition_; }
   [[nodiscard]] std::int64_t addedAtUTCMilliseconds() const { return addedAtUTCMilliseconds_; }
@@ -47,6 +49,12 @@ class GaldrineBackupAlbumMembershipRecordV1 {
 
  private:
   GaldrineBackupAlbumMembershipRecordV1() = default;
+
+  [[nodiscard]] GaldrineBackupIdentifierV1 half(std::size_t offset) const {
+    GaldrineBackupIdentifierV1 identifier{};
+    std::copy_n(key_.begin() + static_cast<std::ptrdiff_t>(offset), identifier.size(), identifier.begin());
+    return identifier;
+  }
 
   Key key_{};
   std::int64_t manualPosition_ = 0;
