@@ -1,6 +1,7 @@
 #include "GaldrineCryptoPrimitives/GaldrineBackupManifestSemanticValidatorV1.hpp"
 
 #include <algorithm>
+#include <limits>
 #include <array>
 #include <cstdint>
 #include <utility>
@@ -136,8 +137,9 @@ class ManifestCheck {
     const auto item = sets_.items().positionOf(resource.itemIdentifier);
     if (!item) return failure(Error::missingReference);
     itemOfResource_.push_back(*item);
-    if (__builtin_add_overflow(logicalPlaintextByteCount_, resource.plaintextByteCount, &logicalPlaintextByteCount_))
+    if (resource.plaintextByteCount > std::numeric_limits<std::uint64_t>::max() - logicalPlaintextByteCount_)
       return failure(Error::arithmeticOverflow);
+    logicalPlaintextByteCount_ += resource.plaintextByteCount;
     const auto keyPosition = sets_.payloadKeys().positionOf(resource.payloadKeyIdentifier);
     if (!keyPosition) return failure(Error::missingReference);
     const auto placements = sets_.placementsOf(resource);

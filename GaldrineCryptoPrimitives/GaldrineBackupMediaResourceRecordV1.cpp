@@ -1,6 +1,7 @@
 #include "GaldrineCryptoPrimitives/GaldrineBackupMediaResourceRecordV1.hpp"
 
 #include <algorithm>
+#include <limits>
 #include <bit>
 #include <cmath>
 
@@ -52,7 +53,8 @@ bool partsAreContiguous(std::span<const Part> parts, std::uint64_t plaintextByte
   std::uint64_t covered = 0;
   for (const Part& part : parts) {
     if (part.plaintextOffset() != covered) return false;
-    if (__builtin_add_overflow(covered, part.plaintextByteCount(), &covered)) return false;
+    if (part.plaintextByteCount() > std::numeric_limits<std::uint64_t>::max() - covered) return false;
+    covered += part.plaintextByteCount();
   }
   return covered == plaintextByteCount;
 }

@@ -1,6 +1,7 @@
 #include "GaldrineCryptoPrimitives/GaldrineBackupRequiredPayloadSetV1.hpp"
 
 #include <algorithm>
+#include <limits>
 #include <cstring>
 #include <numeric>
 #include <vector>
@@ -56,7 +57,8 @@ std::expected<void, Error> GaldrineBackupRequiredPayloadSetV1::require(const Pla
 std::expected<std::uint64_t, Error> GaldrineBackupRequiredPayloadSetV1::encryptedPayloadByteCount() const {
   std::uint64_t total = 0;
   for (const RequiredArtifact& artifact : artifacts_.records()) {
-    if (__builtin_add_overflow(total, artifact.fileByteCount, &total)) return std::unexpected(Error::arithmeticOverflow);
+    if (artifact.fileByteCount > std::numeric_limits<std::uint64_t>::max() - total) return std::unexpected(Error::arithmeticOverflow);
+    total += artifact.fileByteCount;
   }
   return total;
 }
