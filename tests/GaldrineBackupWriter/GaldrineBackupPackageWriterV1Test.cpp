@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include "GaldrineCryptoPrimitives/GaldrineBackupCommitGraphV1.hpp"
 #include "GaldrineCryptoSupport/GaldrineArgon2id.hpp"
 #include "GaldrinePortableKeyEnvelope/GaldrineBackupKeyEnvelopeFileV1.hpp"
@@ -175,6 +177,41 @@ TEST(GaldrineBackupPackageWriterV1, AWrittenSnapshotReadsBackThroughTheFormatsOw
   described.insert(writer.package().packageURL() / "format-header.cbor");
   described.insert(writer.package().packageURL() / "key-envelopes.cbor");
   EXPECT_EQ(filesUnder(writer.package().packageURL()), described);
+}
+
+TEST(GaldrineBackupPackageWriterV1, ALibraryTheManifestRefusesWritesNoFile) {
+  using RecordError = GaldrineBackupManifestRecordV1Error;
+  struct Case {
+    std::string_view name;
+    std::function<void(GaldrineBackupLibrarySnapshotV1&)> spoil;
+    Failure expected;
+  };
+  const Case cases[] = {
+      {"membership of an unknown album", [](auto& library) { library.memberships.front().albumIdentifier = {9}; },
+       RecordError::missingReference},
+      {"live photo without its video", [](auto& library) { library.items[5].resources.pop_back(); },
+       RecordError::invalidRelationship},
+      {"empty resource", [](auto& library) { library.items[0].resources[0].content = GaldrineBackupContentSourceV1(); },
+       RecordError::invalidValue},
+      {"tombstone of a live item", [](auto& library) { library.tombstones.front().itemIdentifier = library.items[0].identifier; },
+       RecordError::conflictingReference},
+      {"folders in a ring", [](auto& library) { library.folders[0].parentFolderIdentifier = library.folders[1].identifier; },
+       RecordError::invalidRelationship},
+      {"blank album name", [](auto& library) { library.albums[0].name = " "; }, RecordError::invalidText},
+      {"missing content file", [](auto& library) { library.items[0].resources[0].content = GaldrineBackupContentSourceV1::file("/nonexistent/x"); },
+       Error::contentUnavailable},
+  };
+  for (const Case& test : cases) {
+    const GaldrineTemporaryDirectory directory;
+    auto writer = createWithRecoveryKey(directory / "Library.galdrine");
+    auto library = GaldrineBackupSampleLibraryV1::make({});
+    test.spoil(library);
+    const auto written = writer.writeCommit(library);
+    ASSERT_FALSE(written) << test.name;
+    EXPECT_EQ(written.error(), test.expected) << test.name;
+    for (const char* name : {"packs", "objects", "manifests", "snapshots", "commits", "heads", "tmp"})
+      EXPECT_TRUE(namesIn(directory / "Library.galdrine" / name).empty()) << test.name << " " << name;
+  }
 }
 
 }  // namespace
