@@ -9,78 +9,52 @@
 #include "GaldrineCryptoPrimitives/GaldrineBackupFolderHierarchyV1.hpp"
 #include "GaldrineCryptoPrimitives/GaldrineBackupManifestFieldRulesV1.hpp"
 #include "GaldrineCryptoPrimitives/GaldrineBackupManifestRecordCodecV1.hpp"
-#include "GaldrineCryptoPrimitives/GaldrineBackupRecordSetV1.hpp"
+#include "GaldrineCryptoPrimitives/GaldrineBackupManifestWorkingSetsV1.hpp"
 #include "GaldrineCryptoPrimitives/GaldrineBackupRequiredPayloadSetV1.hpp"
 #include "GaldrineCryptoSupport/GaldrineSecureMemory.hpp"
 
 using Error = GaldrineBackupManifestRecordV1Error;
 using Identifier = GaldrineBackupIdentifierV1;
+using Sets = GaldrineBackupManifestWorkingSetsV1;
 using KeyRecord = GaldrineBackupPayloadKeyRecordV1;
-using ItemRecord = GaldrineBackupMediaItemRecordV1;
-using ResourceRecord = GaldrineBackupMediaResourceRecordV1;
-using AlbumRecord = GaldrineBackupAlbumRecordV1;
-using MembershipRecord = GaldrineBackupAlbumMembershipRecordV1;
-using TombstoneRecord = GaldrineBackupTombstoneRecordV1;
 using Container = GaldrineBackupPayloadContainerKindV1;
 using Role = GaldrineBackupMediaResourceRoleV1;
+using Placement = GaldrineBackupRequiredPayloadSetV1::Placement;
 
 namespace GaldrineBackupManifestSemanticValidatorV1 {
 
 namespace {
 
-template <typename Record>
-using IdentifierSet = GaldrineBackupRecordSetV1<Identifier, Record>;
-
 std::unexpected<Error> failure(Error error) { return std::unexpected(error); }
 
-// WorkingSets holds every record of the manifest by kind, each set keyed as its records are.
-struct WorkingSets {
-  IdentifierSet<KeyRecord> payloadKeys;
-  IdentifierSet<ItemRecord> items;
-  IdentifierSet<ResourceRecord> resources;
-  GaldrineBackupFolderSetV1 folders;
-  IdentifierSet<AlbumRecord> albums;
-  GaldrineBackupRecordSetV1<MembershipRecord::Key, MembershipRecord> memberships;
-  IdentifierSet<TombstoneRecord> tombstones;
-
-  // enter moves `record` into its set; a key already present is duplicateRecord.
-  std::expected<void, Error> enter(GaldrineBackupManifestRecordV1&& record) {
-    const bool entered = std::visit([this](auto&& typed) { return enterTyped(std::move(typed)); }, std::move(record).variant());
-    if (!entered) return failure(Error::duplicateRecord);
-    return {};
-  }
-
-  std::array<std::uint64_t, 7> counts() const {
-    return {payloadKeys.size(), items.size(), resources.size(), folders.size(), albums.size(), memberships.size(),
-            tombstones.size()};
-  }
-
- private:
-  template <typename Set, typename Record>
-  static bool enterInto(Set& set, Record&& record, const auto& key) {
-    const auto ownKey = key;  // copied before the record moves
-    return set.enter(ownKey, std::move(record));
-  }
-  bool enterTyped(KeyRecord&& record) { return enterInto(payloadKeys, std::move(record), record.identifier()); }
-  bool enterTyped(ItemRecord&& record) { return enterInto(items, std::move(record), record.identifier()); }
-  bool enterTyped(ResourceRecord&& record) { return enterInto(resources, std::move(record), record.identifier()); }
-  bool enterTyped(GaldrineBackupAlbumFolderRecordV1&& record) { return enterInto(folders, std::move(record), record.identifier()); }
-  bool enterTyped(AlbumRecord&& record) { return enterInto(albums, std::move(record), record.identifier()); }
-  bool enterTyped(MembershipRecord&& record) { return enterInto(memberships, std::move(record), record.key()); }
-  bool enterTyped(TombstoneRecord&& record) { return enterInto(tombstones, std::move(record), record.itemIdentifier()); }
-};
-
 // A pack's key is bound to the pack, a chunked resource's key to the resource.
-bool keyFitsContainer(const KeyRecord& key, const ResourceRecord& resource) {
-  const auto& firstPart = resource.parts().front();
-  switch (firstPart.container()) {
+bool keyFitsContainer(const KeyRecord& key, const Sets::ResourceFacts& resource, const Placement& firstPart) {
+  switch (firstPart.container) {
     case Container::chunk:
-      return key.scope() == GaldrineBackupPayloadKeyScopeV1::resource && key.boundIdentifier() == resource.identifier();
+      return key.scope() == GaldrineBackupPayloadKeyScopeV1::resource && key.boundIdentifier() == resource.identifier;
     case Container::pack:
-      return key.scope() == GaldrineBackupPayloadKeyScopeV1::pack && key.boundIdentifier() == firstPart.artifactIdentifier();
+      return key.scope() == GaldrineBackupPayloadKeyScopeV1::pack && key.boundIdentifier() == firstPart.artifactIdentifier;
   }
   std::unreachable();
 }
+
+// ResourcesByItem lists, item by item, the positions of the resources that name each item.
+struct ResourcesByItem {
+  std::vector<std::size_t> starts;     // item i's resources are positions[starts[i] ... starts[i + 1])
+  std::vector<std::size_t> positions;
+
+  ResourcesByItem(std::size_t itemCount, const std::vector<std::size_t>& itemOfResource)
+      : starts(itemCount + 1, 0), positions(itemOfResource.size(), 0) {
+    for (const std::size_t item : itemOfResource) ++starts[item + 1];
+    for (std::size_t item = 0; item < itemCount; ++item) starts[item + 1] += starts[item];
+    std::vector<std::size_t> next(starts.begin(), starts.end() - 1);
+    for (std::size_t resource = 0; resource < itemOfResource.size(); ++resource) positions[next[itemOfResource[resource]]++] = resource;
+  }
+
+  [[nodiscard]] std::span<const std::size_t> of(std::size_t item) const {
+    return std::span(positions).subspan(starts[item], starts[item + 1] - starts[item]);
+  }
+};
 
 class ManifestCheck {
  public:
@@ -95,14 +69,16 @@ class ManifestCheck {
     if (auto unwrapped = unwrapPayloadKeys(); !unwrapped) return failure(unwrapped.error());
     if (auto arranged = validateArrangement(); !arranged) return failure(arranged.error());
     if (auto resourced = validateResources(); !resourced) return failure(resourced.error());
-    if (std::ranges::count(keyUsed_, true) != static_cast<std::ptrdiff_t>(sets_.payloadKeys.size()))
+    if (std::ranges::count(keyUsed_, true) != static_cast<std::ptrdiff_t>(sets_.payloadKeys().size()))
       return failure(Error::invalidRelationship);
     if (auto itemized = validateItems(); !itemized) return failure(itemized.error());
     return summary(counts);
   }
 
  private:
+  // Sections are decoded one at a time, and each record moves into its set at once.
   std::expected<void, Error> readRecords(std::span<const GaldrineBackupManifestSectionV1> sections) {
+    sets_.reserve(sections);
     for (const auto& section : sections) {
       auto records = GaldrineBackupManifestRecordCodecV1::records(section);
       if (!records) return failure(records.error());
@@ -115,7 +91,7 @@ class ManifestCheck {
 
   // Unwrapping proves that the package's master key wrapped every key; the keys are not kept.
   std::expected<void, Error> unwrapPayloadKeys() const {
-    for (const KeyRecord& record : sets_.payloadKeys.records()) {
+    for (const KeyRecord& record : sets_.payloadKeys().records()) {
       auto key = GaldrineBackupManifestRecordCodecV1::unwrapPayloadKey(record, packageIdentifier_, libraryDomainIdentifier_, bpmk_);
       if (!key) return failure(key.error());
       GaldrineSecureMemory::wipe(*key);
@@ -125,99 +101,85 @@ class ManifestCheck {
 
   // validateArrangement: folders, albums, memberships and tombstones, in this order.
   std::expected<void, Error> validateArrangement() const {
-    if (auto folders = GaldrineBackupFolderHierarchyV1::validateFolders(sets_.folders); !folders) return folders;
-    for (const AlbumRecord& album : sets_.albums.records()) {
+    if (auto folders = GaldrineBackupFolderHierarchyV1::validateFolders(sets_.folders()); !folders) return folders;
+    for (const auto& album : sets_.albums().records()) {
       const auto& parent = album.parentFolderIdentifier();
       const auto& cover = album.coverItemIdentifier();
-      if ((parent && !sets_.folders.contains(*parent)) || (cover && !sets_.items.contains(*cover)))
+      if ((parent && !sets_.folders().contains(*parent)) || (cover && !sets_.items().contains(*cover)))
         return failure(Error::missingReference);
     }
-    for (const MembershipRecord& membership : sets_.memberships.records()) {
-      if (!sets_.albums.contains(membership.albumIdentifier()) || !sets_.items.contains(membership.itemIdentifier()))
+    for (const auto& membership : sets_.memberships().records()) {
+      if (!sets_.albums().contains(membership.albumIdentifier()) || !sets_.items().contains(membership.itemIdentifier()))
         return failure(Error::missingReference);
     }
     // A tombstone tells of what is gone: its item and resources cannot also be live.
-    for (const TombstoneRecord& tombstone : sets_.tombstones.records()) {
+    for (const auto& tombstone : sets_.tombstones().records()) {
       const auto& resources = tombstone.resourceIdentifiers();
-      if (sets_.items.contains(tombstone.itemIdentifier()) ||
-          std::ranges::any_of(resources, [this](const Identifier& resource) { return sets_.resources.contains(resource); }))
+      if (sets_.items().contains(tombstone.itemIdentifier()) ||
+          std::ranges::any_of(resources, [this](const Identifier& resource) { return sets_.resources().contains(resource); }))
         return failure(Error::conflictingReference);
     }
     return {};
   }
 
   std::expected<void, Error> validateResources() {
-    itemOfResource_.reserve(sets_.resources.size());
-    keyUsed_.assign(sets_.payloadKeys.size(), false);
-    for (const ResourceRecord& resource : sets_.resources.records()) {
+    requiredPayloads_.reserve(sets_.partCount());
+    itemOfResource_.reserve(sets_.resources().size());
+    keyUsed_.assign(sets_.payloadKeys().size(), false);
+    for (const auto& resource : sets_.resources().records()) {
       if (auto checked = validateResource(resource); !checked) return checked;
     }
     return {};
   }
 
-  std::expected<void, Error> validateResource(const ResourceRecord& resource) {
-    const auto item = sets_.items.positionOf(resource.itemIdentifier());
+  std::expected<void, Error> validateResource(const Sets::ResourceFacts& resource) {
+    const auto item = sets_.items().positionOf(resource.itemIdentifier);
     if (!item) return failure(Error::missingReference);
-    itemOfResource_.push_back(static_cast<std::uint32_t>(*item));
-    if (__builtin_add_overflow(logicalPlaintextByteCount_, resource.plaintextByteCount(), &logicalPlaintextByteCount_))
+    itemOfResource_.push_back(*item);
+    if (__builtin_add_overflow(logicalPlaintextByteCount_, resource.plaintextByteCount, &logicalPlaintextByteCount_))
       return failure(Error::arithmeticOverflow);
-    const auto keyPosition = sets_.payloadKeys.positionOf(resource.payloadKeyIdentifier());
+    const auto keyPosition = sets_.payloadKeys().positionOf(resource.payloadKeyIdentifier);
     if (!keyPosition) return failure(Error::missingReference);
-    if (!keyFitsContainer(sets_.payloadKeys.records()[*keyPosition], resource)) return failure(Error::invalidRelationship);
+    const auto placements = sets_.placementsOf(resource);
+    if (!keyFitsContainer(sets_.payloadKeys().records()[*keyPosition], resource, placements.front()))
+      return failure(Error::invalidRelationship);
     keyUsed_[*keyPosition] = true;
-    for (const auto& part : resource.parts()) {
-      if (auto required = requiredPayloads_.require(part, resource.payloadKeyIdentifier()); !required) return required;
+    for (const Placement& placement : placements) {
+      if (auto required = requiredPayloads_.require(placement, resource.payloadKeyIdentifier); !required) return required;
     }
     return {};
   }
 
   std::expected<void, Error> validateItems() const {
-    const auto namingResources = resourcesByItem();
-    const auto& resources = sets_.resources.records();
-    const auto& items = sets_.items.records();
+    const ResourcesByItem naming(sets_.items().size(), itemOfResource_);
+    const auto& items = sets_.items().records();
     for (std::size_t position = 0; position < items.size(); ++position) {
-      const std::span<const std::uint32_t> named(namingResources.positions.data() + namingResources.starts[position],
-                                                 namingResources.starts[position + 1] - namingResources.starts[position]);
-      if (auto checked = validateItem(items[position], named, resources); !checked) return checked;
+      if (auto checked = validateItem(items[position], naming.of(position)); !checked) return checked;
     }
     return {};
   }
 
-  // ResourcesByItem lists the positions of the resources that name each item, item by item.
-  struct ResourcesByItem {
-    std::vector<std::uint32_t> starts;     // item i's resources are positions[starts[i] ... starts[i + 1])
-    std::vector<std::uint32_t> positions;  // at most 2,000,000 of each kind, so 32 bits suffice
-  };
-
-  ResourcesByItem resourcesByItem() const {
-    ResourcesByItem grouped{std::vector<std::uint32_t>(sets_.items.size() + 1, 0),
-                            std::vector<std::uint32_t>(itemOfResource_.size(), 0)};
-    for (const std::uint32_t item : itemOfResource_) ++grouped.starts[item + 1];
-    for (std::size_t item = 0; item < sets_.items.size(); ++item) grouped.starts[item + 1] += grouped.starts[item];
-    std::vector<std::uint32_t> next(grouped.starts.begin(), grouped.starts.end() - 1);
-    for (std::size_t resource = 0; resource < itemOfResource_.size(); ++resource)
-      grouped.positions[next[itemOfResource_[resource]]++] = static_cast<std::uint32_t>(resource);
-    return grouped;
-  }
-
-  std::expected<void, Error> validateItem(const ItemRecord& item, std::span<const std::uint32_t> named,
-                                          const std::vector<ResourceRecord>& resources) const {
-    const auto& listed = item.resourceIdentifiers();
+  // validateItem compares the resources that name the item with those it lists, then counts
+  // their roles. The lists being equal, the naming resources are the listed ones, already at
+  // hand by position.
+  std::expected<void, Error> validateItem(const Sets::ItemFacts& item, std::span<const std::size_t> named) const {
+    const auto listed = sets_.resourceIdentifiersOf(item);
     if (named.size() != listed.size()) return failure(Error::missingReference);
-    std::array<Identifier, GaldrineBackupManifestFieldRulesV1::maximumResourceIdentifierCount> naming{};
-    for (std::size_t index = 0; index < named.size(); ++index) naming[index] = resources[named[index]].identifier();
-    std::sort(naming.begin(), naming.begin() + static_cast<std::ptrdiff_t>(named.size()));
-    if (!std::equal(listed.begin(), listed.end(), naming.begin())) return failure(Error::missingReference);
+    std::array<const Sets::ResourceFacts*, GaldrineBackupManifestFieldRulesV1::maximumResourceIdentifierCount> naming{};
+    const auto& resources = sets_.resources().records();
+    for (std::size_t index = 0; index < named.size(); ++index) naming[index] = &resources[named[index]];
+    const auto namingEnd = naming.begin() + static_cast<std::ptrdiff_t>(named.size());
+    std::sort(naming.begin(), namingEnd, [](const Sets::ResourceFacts* left, const Sets::ResourceFacts* right) {
+      return GaldrineByteOrder::precedes(left->identifier, right->identifier);
+    });
+    if (!std::equal(listed.begin(), listed.end(), naming.begin(),
+                    [](const Identifier& identifier, const Sets::ResourceFacts* resource) { return identifier == resource->identifier; }))
+      return failure(Error::missingReference);
 
-    std::size_t primaryCount = 0;
-    std::size_t pairedVideoCount = 0;
-    for (const Identifier& identifier : listed) {
-      const ResourceRecord* resource = sets_.resources.find(identifier);
-      if (resource == nullptr) return failure(Error::missingReference);
-      primaryCount += resource->role() == Role::primary ? 1 : 0;
-      pairedVideoCount += resource->role() == Role::pairedVideo ? 1 : 0;
-    }
-    const std::size_t expectedPairedVideoCount = item.kind() == GaldrineBackupMediaKindV1::livePhoto ? 1 : 0;
+    const auto hasRole = [](Role role) { return [role](const Sets::ResourceFacts* resource) { return resource->role == role; }; };
+    const auto primaryCount = std::count_if(naming.begin(), namingEnd, hasRole(Role::primary));
+    const auto pairedVideoCount = std::count_if(naming.begin(), namingEnd, hasRole(Role::pairedVideo));
+    const std::ptrdiff_t expectedPairedVideoCount = item.kind == GaldrineBackupMediaKindV1::livePhoto ? 1 : 0;
     if (primaryCount != 1 || pairedVideoCount != expectedPairedVideoCount) return failure(Error::invalidRelationship);
     return {};
   }
@@ -241,10 +203,10 @@ class ManifestCheck {
   ByteView packageIdentifier_;
   ByteView libraryDomainIdentifier_;
   ByteView bpmk_;
-  WorkingSets sets_;
+  Sets sets_;
   GaldrineBackupRequiredPayloadSetV1 requiredPayloads_;
-  std::vector<std::uint32_t> itemOfResource_;  // for each resource in order, its item's position
-  std::vector<bool> keyUsed_;                  // for each payload key in order
+  std::vector<std::size_t> itemOfResource_;  // for each resource in order, its item's position
+  std::vector<bool> keyUsed_;                // for each payload key in order
   std::uint64_t logicalPlaintextByteCount_ = 0;
 };
 

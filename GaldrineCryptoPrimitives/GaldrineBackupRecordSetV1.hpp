@@ -4,39 +4,41 @@
 // Checks visit `records()` in that order, so which failure is found first never depends on
 // the hash; lookups are one hash probe each.
 
+#include <array>
 #include <cstddef>
 #include <optional>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
-#include "GaldrineCryptoPrimitives/GaldrineBackupIdentifierHasherV1.hpp"
+#include "GaldrineCryptoPrimitives/GaldrineBackupFlatIndexV1.hpp"
 
 template <typename Key, typename Record>
 class GaldrineBackupRecordSetV1 {
  public:
+  // reserve makes room for `count` records at once, so that the index never grows.
+  void reserve(std::size_t count) {
+    records_.reserve(count);
+    positions_.reserve(count);
+  }
+
   // enter appends `record` under `key`, or gives false and keeps nothing when the key is taken.
   [[nodiscard]] bool enter(const Key& key, Record&& record) {
-    if (!positions_.try_emplace(key, records_.size()).second) return false;
+    if (!positions_.enter(key, records_.size())) return false;
     records_.push_back(std::move(record));
     return true;
   }
 
-  [[nodiscard]] std::optional<std::size_t> positionOf(const Key& key) const {
-    const auto found = positions_.find(key);
-    if (found == positions_.end()) return std::nullopt;
-    return found->second;
-  }
+  [[nodiscard]] std::optional<std::size_t> positionOf(const Key& key) const { return positions_.find(key); }
   [[nodiscard]] const Record* find(const Key& key) const {
     const auto position = positionOf(key);
     return position ? &records_[*position] : nullptr;
   }
-  [[nodiscard]] bool contains(const Key& key) const { return positions_.contains(key); }
+  [[nodiscard]] bool contains(const Key& key) const { return positions_.find(key).has_value(); }
 
   [[nodiscard]] const std::vector<Record>& records() const { return records_; }
   [[nodiscard]] std::size_t size() const { return records_.size(); }
 
  private:
   std::vector<Record> records_;
-  std::unordered_map<Key, std::size_t, GaldrineBackupIdentifierHasherV1> positions_;
+  GaldrineBackupFlatIndexV1<std::tuple_size_v<Key>> positions_;
 };

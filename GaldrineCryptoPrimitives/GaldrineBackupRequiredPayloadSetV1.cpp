@@ -19,29 +19,37 @@ void updateBigEndian(GaldrinePlatformSHA256::Hasher& hasher, std::uint64_t value
 
 }  // namespace
 
-GaldrineBackupRequiredPayloadSetV1::Place GaldrineBackupRequiredPayloadSetV1::placeOf(std::uint64_t artifactPosition,
-                                                                                    std::uint64_t artifactOrdinal) {
-  Place place{};
-  std::memcpy(place.data(), &artifactPosition, 8);
-  std::memcpy(place.data() + 8, &artifactOrdinal, 8);
-  return place;
+bool GaldrineBackupRequiredPayloadSetV1::occupy(std::size_t artifactPosition, std::uint64_t artifactOrdinal) {
+  if (artifactOrdinal < 32) {
+    const std::uint32_t place = std::uint32_t{1} << artifactOrdinal;
+    if ((lowPlaces_[artifactPosition] & place) != 0) return false;
+    lowPlaces_[artifactPosition] |= place;
+    return true;
+  }
+  std::array<std::uint8_t, 16> key{};
+  const std::uint64_t position = artifactPosition;
+  std::memcpy(key.data(), &position, 8);
+  std::memcpy(key.data() + 8, &artifactOrdinal, 8);
+  return highPlaces_.enter(key, 0);
 }
 
-std::expected<void, Error> GaldrineBackupRequiredPayloadSetV1::require(const GaldrineBackupPayloadPartRecordV1& part,
+std::expected<void, Error> GaldrineBackupRequiredPayloadSetV1::require(const Placement& placement,
                                                                        const GaldrineBackupIdentifierV1& payloadKeyIdentifier) {
-  RequiredArtifact artifact{
-      .identifier = part.artifactIdentifier(),
-      .container = part.container(),
-      .fileByteCount = part.artifactFileByteCount(),
-      .fileSHA256 = part.artifactFileSHA256(),
+  const RequiredArtifact artifact{
+      .identifier = placement.artifactIdentifier,
+      .container = placement.container,
+      .fileByteCount = placement.fileByteCount,
+      .fileSHA256 = placement.fileSHA256,
       .payloadKeyIdentifier = payloadKeyIdentifier,
   };
-  const auto known = artifacts_.positionOf(artifact.identifier);
-  if (known && artifacts_.records()[*known] != artifact) return std::unexpected(Error::conflictingReference);
-  const std::size_t position = known ? *known : artifacts_.size();
-  if (occupiedPlaces_.contains(placeOf(position, part.artifactOrdinal()))) return std::unexpected(Error::conflictingReference);
-  if (!known && !artifacts_.enter(part.artifactIdentifier(), std::move(artifact))) return std::unexpected(Error::conflictingReference);
-  occupiedPlaces_.insert(placeOf(position, part.artifactOrdinal()));
+  auto position = artifacts_.positionOf(artifact.identifier);
+  if (position && artifacts_.records()[*position] != artifact) return std::unexpected(Error::conflictingReference);
+  if (!position) {
+    position = artifacts_.size();
+    if (!artifacts_.enter(artifact.identifier, RequiredArtifact(artifact))) return std::unexpected(Error::conflictingReference);
+    lowPlaces_.push_back(0);
+  }
+  if (!occupy(*position, placement.artifactOrdinal)) return std::unexpected(Error::conflictingReference);
   return {};
 }
 

@@ -6,9 +6,9 @@
 
 #include <cstdint>
 #include <expected>
-#include <unordered_set>
+#include <vector>
 
-#include "GaldrineCryptoPrimitives/GaldrineBackupIdentifierHasherV1.hpp"
+#include "GaldrineCryptoPrimitives/GaldrineBackupFlatIndexV1.hpp"
 #include "GaldrineCryptoPrimitives/GaldrineBackupIdentifierV1.hpp"
 #include "GaldrineCryptoPrimitives/GaldrineBackupManifestRecordV1Error.hpp"
 #include "GaldrineCryptoPrimitives/GaldrineBackupPayloadContainerKindV1.hpp"
@@ -29,11 +29,31 @@ class GaldrineBackupRequiredPayloadSetV1 {
     friend bool operator==(const RequiredArtifact&, const RequiredArtifact&) = default;
   };
 
-  // require enters the artifact that holds `part`, opened by `payloadKeyIdentifier`, and
-  // occupies the part's place in it. An artifact known already must agree in every field, and
-  // the place must be free; else conflictingReference, and nothing changes.
+  // Placement is what a part says of the file that holds it, and of its place there.
+  struct Placement {
+    GaldrineBackupIdentifierV1 artifactIdentifier;
+    GaldrineBackupPayloadContainerKindV1 container;
+    std::uint64_t artifactOrdinal;
+    std::uint64_t fileByteCount;
+    GaldrineSHA256Digest fileSHA256;
+
+    [[nodiscard]] static Placement of(const GaldrineBackupPayloadPartRecordV1& part) {
+      return {part.artifactIdentifier(), part.container(), part.artifactOrdinal(), part.artifactFileByteCount(),
+              part.artifactFileSHA256()};
+    }
+  };
+
+  // reserve makes room for the artifacts and places of `partCount` parts.
+  void reserve(std::size_t partCount) {
+    artifacts_.reserve(partCount);
+    lowPlaces_.reserve(partCount);
+  }
+
+  // require enters the artifact of `placement`, opened by `payloadKeyIdentifier`, and occupies
+  // the placement's place in it. An artifact known already must agree in every field, and the
+  // place must be free; else conflictingReference, and nothing changes.
   [[nodiscard]] std::expected<void, GaldrineBackupManifestRecordV1Error> require(
-      const GaldrineBackupPayloadPartRecordV1& part, const GaldrineBackupIdentifierV1& payloadKeyIdentifier);
+      const Placement& placement, const GaldrineBackupIdentifierV1& payloadKeyIdentifier);
 
   // encryptedPayloadByteCount sums the files' lengths, each file once; arithmeticOverflow when
   // the sum leaves 64 bits.
@@ -47,10 +67,12 @@ class GaldrineBackupRequiredPayloadSetV1 {
   [[nodiscard]] std::size_t size() const { return artifacts_.size(); }
 
  private:
-  // A place is the artifact's position in the set and an ordinal within it.
-  using Place = std::array<std::uint8_t, 16>;
-  [[nodiscard]] static Place placeOf(std::uint64_t artifactPosition, std::uint64_t artifactOrdinal);
+  // occupy takes the place `artifactOrdinal` of the artifact at `artifactPosition`, or gives
+  // false when it is taken. Packs hold at most 32 parts and most chunk files one, so the low 32
+  // places of each artifact are bits of one word; only places beyond go to a set.
+  [[nodiscard]] bool occupy(std::size_t artifactPosition, std::uint64_t artifactOrdinal);
 
   GaldrineBackupRecordSetV1<GaldrineBackupIdentifierV1, RequiredArtifact> artifacts_;
-  std::unordered_set<Place, GaldrineBackupIdentifierHasherV1> occupiedPlaces_;
+  std::vector<std::uint32_t> lowPlaces_;             // by artifact position: bit k is place k
+  GaldrineBackupFlatIndexV1<16> highPlaces_;         // artifact position and place, for places from 32
 };
