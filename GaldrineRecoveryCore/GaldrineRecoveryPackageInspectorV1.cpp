@@ -123,6 +123,18 @@ struct AuthenticatedGraph {
   return branches;
 }
 
+// inspectionHeading fills what an inspection says of the package itself.
+[[nodiscard]] Inspection inspectionHeading(const Reader& reader, Factor factor) {
+  Inspection inspection;
+  inspection.packageIdentifier = reader.package().header().packageIdentifier();
+  inspection.libraryDomainIdentifier = reader.envelopeSet().libraryDomainIdentifier();
+  inspection.formatIdentifier = std::string(GaldrineBackupFormatV1::canonicalFormatIdentifier);
+  inspection.formatVersion = GaldrineBackupFormatV1::formatVersion;
+  inspection.unlockedFactor = factor;
+  inspection.keyEnvelopeSetSHA256 = reader.envelopeSetSHA256();
+  return inspection;
+}
+
 }  // namespace
 
 namespace GaldrineRecoveryPackageInspectorV1 {
@@ -168,25 +180,19 @@ std::expected<Inspection, Error> inspect(const Reader& reader, ByteView bpmk, Fa
   if (!observations) return std::unexpected(observations.error());
   std::set<Bytes> retainedTips;
   for (const auto& tip : scan->retainedTips) retainedTips.insert(tip.reference().identifier());
-  const auto preflights = preflightsOf(graph->contents, *observations, retainedTips);
+  auto preflights = preflightsOf(graph->contents, *observations, retainedTips);
   auto branches = preservedBranchesOf(*scan, graph->contents, preflights);
   if (!branches) return std::unexpected(branches.error());
 
-  Inspection inspection;
-  inspection.packageIdentifier = reader.package().header().packageIdentifier();
-  inspection.libraryDomainIdentifier = reader.envelopeSet().libraryDomainIdentifier();
-  inspection.formatIdentifier = std::string(GaldrineBackupFormatV1::canonicalFormatIdentifier);
-  inspection.formatVersion = GaldrineBackupFormatV1::formatVersion;
-  inspection.unlockedFactor = factor;
+  Inspection inspection = inspectionHeading(reader, factor);
   inspection.branchDisposition = dispositionOf(*scan);
   inspection.preservedBranches = std::move(*branches);
   // The map is ordered by commit identifier in the system's byte order already.
   inspection.authenticatedSnapshots.reserve(preflights.size());
-  for (const auto& entry : preflights) inspection.authenticatedSnapshots.push_back(entry.second);
+  for (auto& entry : preflights) inspection.authenticatedSnapshots.push_back(std::move(entry.second));
   inspection.authenticatedCommitCount = static_cast<std::int64_t>(commits->size());
   inspection.authenticatedHeadCount = static_cast<std::int64_t>(heads->size());
   inspection.maximumWriterEpoch = scan->maximumWriterEpoch;
-  inspection.keyEnvelopeSetSHA256 = reader.envelopeSetSHA256();
   return inspection;
 }
 

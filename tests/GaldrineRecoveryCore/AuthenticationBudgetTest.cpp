@@ -15,7 +15,7 @@ using Error = GaldrineRecoveryPackageInspectorV1Error;
 using Reference = GaldrineBackupArtifactReferenceV1;
 
 [[nodiscard]] Reference reference(std::uint8_t seed, std::uint64_t plaintextByteCount, std::uint8_t digestByte = 0x0D) {
-  auto made = Reference::make(RecoveryTestPackages::identifier(seed), plaintextByteCount + 64, Bytes(32, digestByte),
+  auto made = Reference::make(Bytes(16, seed), plaintextByteCount + 64, Bytes(32, digestByte),
                               plaintextByteCount, Bytes(32, digestByte));
   EXPECT_TRUE(made.has_value());
   return *made;

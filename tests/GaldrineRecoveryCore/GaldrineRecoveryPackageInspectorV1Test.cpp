@@ -1,6 +1,6 @@
-// The inspector on packages that the package writer made: single branches, snapshots sharing
-// payloads, forks and their healing, commits without heads, damaged payload and metadata
-// files, the budget's edge, and both credentials.
+// The inspector on packages that the package writer made: empty packages, single branches,
+// snapshots sharing payloads, forks and their healing, commits without heads, damaged payload
+// and metadata files, stray names, the limits, both credentials and every way in refused.
 
 #include "GaldrineRecoveryCore/GaldrineRecoveryPackageInspectorV1.hpp"
 
@@ -9,20 +9,21 @@
 #include <map>
 #include <set>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "GaldrineBackupWriter/GaldrineBackupPackageDamageV1.hpp"
+#include "GaldrineCore/GaldrineBackupFormatV1.hpp"
 #include "GaldrineCryptoSupport/GaldrineArgon2id.hpp"
 #include "GaldrineRecoveryCore/RecoveryTestPackages.hpp"
 #include "Support/GaldrineFileFixtures.hpp"
 #include "Support/GaldrineTemporaryDirectory.hpp"
-#include "tests/GaldrineBackupWriter/GaldrineBackupWriterTestSupport.hpp"
 
 namespace {
 
 namespace Inspector = GaldrineRecoveryPackageInspectorV1;
 namespace Damage = GaldrineBackupPackageDamageV1;
-using namespace GaldrineBackupWriterTestSupport;
+using namespace RecoveryTestPackages;
 using InspectorError = GaldrineRecoveryPackageInspectorV1Error;
 using Inspection = GaldrineRecoveryPackageInspectionV1;
 using Evidence = GaldrineRecoveryPayloadFileEvidenceV1;
@@ -33,14 +34,8 @@ using Parent = GaldrineBackupCommitParentV1;
 using FileDamage = GaldrineBackupFileDamageV1;
 using Metadata = GaldrineBackupMetadataFileV1;
 
-[[nodiscard]] Bytes bytesOf(const GaldrineBackupIdentifierV1& identifier) { return Bytes(identifier.begin(), identifier.end()); }
-
-// shape gives a small library: `photos` photos of 1,000 to 4,000 bytes (packed up to 3,000,
-// chunked above) and `videos` videos of several chunks, nothing else.
-[[nodiscard]] GaldrineBackupLibrarySnapshotV1 library(std::uint64_t seed, std::size_t photos, std::size_t videos = 0) {
-  return GaldrineBackupSampleLibraryV1::make({.seed = seed, .photoCount = photos, .livePhotoCount = 0, .videoCount = videos,
-                                              .folderCount = 0, .albumCount = 0, .tombstoneCount = 0});
-}
+// An error is a bare case: nothing of a path, a name or a lower reason can travel with it.
+static_assert(std::is_enum_v<InspectorError> && sizeof(InspectorError) == 1);
 
 // joined is a library holding the items of both.
 [[nodiscard]] GaldrineBackupLibrarySnapshotV1 joined(GaldrineBackupLibrarySnapshotV1 first,
@@ -104,6 +99,34 @@ class InspectorPackageTest : public testing::Test {
   GaldrineTemporaryDirectory directory_;
   Writer writer_ = createWithRecoveryKey(packageURL());
 };
+
+TEST_F(InspectorPackageTest, AnEmptyPackageHasNoPublishedHead) {
+  const auto inspection = inspect();
+  ASSERT_TRUE(inspection.has_value());
+  EXPECT_EQ(inspection->formatIdentifier, GaldrineBackupFormatV1::canonicalFormatIdentifier);
+  EXPECT_EQ(inspection->formatVersion, 1u);
+  EXPECT_EQ(inspection->unlockedFactor, GaldrineRecoveryPortableFactorV1::recoveryKey);
+  EXPECT_EQ(inspection->branchDisposition, Disposition::noPublishedHead());
+  EXPECT_TRUE(inspection->preservedBranches.empty() && inspection->authenticatedSnapshots.empty());
+  EXPECT_EQ(inspection->authenticatedCommitCount + inspection->authenticatedHeadCount, 0);
+  EXPECT_EQ(inspection->maximumWriterEpoch, 0u);
+  const auto reader = Inspector::openEnvelopeReader(packageURL());
+  ASSERT_TRUE(reader.has_value());
+  EXPECT_EQ(inspection->keyEnvelopeSetSHA256, reader->envelopeSetSHA256());
+}
+
+TEST_F(InspectorPackageTest, TwentyThousandCommitNamesAreListedAndOneMoreIsALimit) {
+  const fs::path commits = packageURL() / "commits";
+  for (int index = 0; index < 20'000; ++index) {
+    char name[64];
+    std::snprintf(name, sizeof name, "%032x.commit", index);
+    GaldrineFileFixtures::writeFile(commits / name, "x");
+  }
+  // The listing passes its bound; the first frame then fails to open.
+  EXPECT_EQ(inspect().error(), InspectorError::integrityFailure);
+  GaldrineFileFixtures::writeFile(commits / "one-more", "x");
+  EXPECT_EQ(inspect().error(), InspectorError::resourceLimitExceeded);
+}
 
 TEST_F(InspectorPackageTest, ASingleBranchIsWhatWasWritten) {
   const Written written = write(GaldrineBackupSampleLibraryV1::make({}));
@@ -313,16 +336,14 @@ TEST(InspectorDamageTest, StrayOrMisspelledNamesInCommitsAndHeadsStopTheInspecti
   }
 }
 
-TEST(InspectorCredentialTest, EitherFactorUnlocksAndAWrongOneIsUnlockFailed) {
+TEST(InspectorCredentialTest, EitherFactorUnlocksAndEveryOtherWayInIsRefused) {
   const GaldrineTemporaryDirectory directory;
   const fs::path url = directory / "Library.galdrine";
-  const Bytes passphrase = GaldrineByteText::bytes(RecoveryTestPackages::kPassphrase);
   {
-    auto writer = Writer::create(url, {ByteView(passphrase), ByteView(kRecoveryKey)}, settings());
-    ASSERT_TRUE(writer.has_value());
-    ASSERT_TRUE(writer->writeCommit(library(1, 1)).has_value());
+    auto writer = createWithBothFactors(url);
+    ASSERT_TRUE(writer.writeCommit(library(1, 1)).has_value());
   }
-  const auto byPassphrase = Inspector::inspectWithBackupPassphrase(url, passphrase);
+  const auto byPassphrase = Inspector::inspectWithBackupPassphrase(url, kPassphrase);
   ASSERT_TRUE(byPassphrase.has_value());
   EXPECT_EQ(byPassphrase->unlockedFactor, GaldrineRecoveryPortableFactorV1::backupPassphrase);
   const auto byRecoveryKey = Inspector::inspectWithRecoveryKey(url, kRecoveryKey);
@@ -330,16 +351,26 @@ TEST(InspectorCredentialTest, EitherFactorUnlocksAndAWrongOneIsUnlockFailed) {
   EXPECT_EQ(byRecoveryKey->unlockedFactor, GaldrineRecoveryPortableFactorV1::recoveryKey);
   EXPECT_EQ(byRecoveryKey->authenticatedSnapshots, byPassphrase->authenticatedSnapshots);
 
-  Bytes wrongPassphrase = passphrase;
+  Bytes wrongPassphrase = kPassphrase;
   wrongPassphrase.back() ^= 0x01;
   EXPECT_EQ(Inspector::inspectWithBackupPassphrase(url, wrongPassphrase).error(), InspectorError::unlockFailed);
   Bytes wrongKey = kRecoveryKey;
   wrongKey.front() ^= 0x01;
   EXPECT_EQ(Inspector::inspectWithRecoveryKey(url, wrongKey).error(), InspectorError::unlockFailed);
+  EXPECT_EQ(Inspector::inspectWithRecoveryKey(url, ByteView(kRecoveryKey).first(31)).error(), InspectorError::unlockFailed);
 
-  fs::remove(url / GaldrineBackupPackageV1::keyEnvelopesName);
+  // A package that does not open or bind costs no derivation.
   const auto derivationsBefore = GaldrineArgon2id::derivationCount();
-  EXPECT_EQ(Inspector::inspectWithBackupPassphrase(url, passphrase).error(), InspectorError::invalidPackage);
+  EXPECT_EQ(Inspector::inspectWithBackupPassphrase(directory / "Absent.galdrine", kPassphrase).error(),
+            InspectorError::invalidPackage);
+  EXPECT_EQ(Inspector::openEnvelopeReader(directory.path()).error(), InspectorError::invalidPackage);
+  const fs::path envelopes = url / GaldrineBackupPackageV1::keyEnvelopesName;
+  const Writer other = createWithRecoveryKey(directory / "Other.galdrine", 8);
+  fs::copy_file(other.package().packageURL() / GaldrineBackupPackageV1::keyEnvelopesName, envelopes,
+                fs::copy_options::overwrite_existing);
+  EXPECT_EQ(Inspector::inspectWithBackupPassphrase(url, kPassphrase).error(), InspectorError::invalidPackage);
+  fs::remove(envelopes);
+  EXPECT_EQ(Inspector::inspectWithBackupPassphrase(url, kPassphrase).error(), InspectorError::invalidPackage);
   EXPECT_EQ(GaldrineArgon2id::derivationCount(), derivationsBefore);
 }
 

@@ -1,16 +1,15 @@
 #pragma once
-// Packages for the recovery engine's tests that need no graph: an empty package whose key
-// envelope file holds an envelope for the recovery key (HKDF, cheap) and, on request, one for
-// a backup passphrase (one Argon2id run at the lowest cost).
+// Shared by the recovery engine's suites: a readable name for each inspector error, and small
+// libraries for the package writer, whose packages the suites read. Packages are made with the
+// recovery key alone unless a test needs the passphrase, since each passphrase envelope costs
+// an Argon2id run.
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <ostream>
 
-#include "GaldrinePlatform/GaldrineBytes.hpp"
-#include "GaldrinePortableKeyEnvelope/GaldrineBackupKeyEnvelopeSetV1.hpp"
 #include "GaldrineRecoveryCore/GaldrineRecoveryPackageInspectorV1Error.hpp"
+#include "tests/GaldrineBackupWriter/GaldrineBackupWriterTestSupport.hpp"
 
 inline void PrintTo(GaldrineRecoveryPackageInspectorV1Error error, std::ostream* out) {
   constexpr const char* names[] = {"invalidPackage", "unlockFailed", "packageUnavailable", "resourceLimitExceeded",
@@ -20,21 +19,29 @@ inline void PrintTo(GaldrineRecoveryPackageInspectorV1Error error, std::ostream*
 
 namespace RecoveryTestPackages {
 
-inline const Bytes kBpmk(32, 0x3C);
-inline const Bytes kRecoveryKey(32, 0x5A);
-inline const Bytes kLibraryDomainIdentifier(16, 0x11);
-inline constexpr std::string_view kPassphrase = "lantern orchard 47 quietly drifting";
+using namespace GaldrineBackupWriterTestSupport;
 
-// identifier gives 16 bytes that differ for each seed.
-[[nodiscard]] Bytes identifier(std::uint8_t seed);
+inline const Bytes kPassphrase = GaldrineByteText::bytes("lantern orchard 47 quietly drifting");
 
-enum class Factors { recoveryKeyOnly, both };
+[[nodiscard]] inline Bytes bytesOf(const GaldrineBackupIdentifierV1& identifier) {
+  return Bytes(identifier.begin(), identifier.end());
+}
 
-// envelopeSet seals kBpmk for the package `packageIdentifier` whose header bytes are
-// `headerData`, under kRecoveryKey and, with Factors::both, under kPassphrase.
-[[nodiscard]] GaldrineBackupKeyEnvelopeSetV1 envelopeSet(ByteView packageIdentifier, Factors factors);
+// library gives `photos` photos of 1,000 to 4,000 bytes (packed up to 3,000, chunked above)
+// and `videos` videos of several chunks each, and nothing else.
+[[nodiscard]] inline GaldrineBackupLibrarySnapshotV1 library(std::uint64_t seed, std::size_t photos, std::size_t videos = 0) {
+  return GaldrineBackupSampleLibraryV1::make({.seed = seed, .photoCount = photos, .livePhotoCount = 0, .videoCount = videos,
+                                              .folderCount = 0, .albumCount = 0, .tombstoneCount = 0});
+}
 
-// createPackage creates an empty package at `url` and writes its key envelope file.
-void createPackage(const std::filesystem::path& url, ByteView packageIdentifier, Factors factors = Factors::recoveryKeyOnly);
+// createWithBothFactors makes a package that a passphrase and the recovery key both unlock.
+[[nodiscard]] inline Writer createWithBothFactors(const fs::path& url) {
+  auto writer = Writer::create(url, {ByteView(kPassphrase), ByteView(kRecoveryKey)}, settings());
+  if (!writer) {
+    ADD_FAILURE() << "create failed: " << writer.error().index();
+    std::abort();
+  }
+  return std::move(*writer);
+}
 
 }  // namespace RecoveryTestPackages
