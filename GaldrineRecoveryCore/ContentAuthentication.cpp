@@ -143,7 +143,8 @@ struct ManifestContent {
   return content;
 }
 
-// authenticateManifest runs steps 4 to 11 for a snapshot that agrees with its commit.
+// authenticateManifest proves the manifest of a snapshot that agrees with its commit: the
+// charges, the root, the sections, the validator and its summary, and the expectations.
 [[nodiscard]] std::expected<std::pair<PayloadExpectationMap, std::vector<Record>>, Error> authenticateManifest(
     const Snapshot& snapshot, const Commit& commit, const AuthenticationScope& scope, bool retainRecords,
     AuthenticationBudget& budget) {

@@ -9,20 +9,12 @@
 
 #include <expected>
 
-#include "GaldrineCore/GaldrineBackupPackageV1.hpp"
 #include "GaldrineCryptoPrimitives/GaldrineAuthenticatedBackupCommitV1.hpp"
-#include "GaldrinePlatform/GaldrineBytes.hpp"
 #include "GaldrineRecoveryCore/AuthenticatedContent.hpp"
 #include "GaldrineRecoveryCore/AuthenticatedSnapshotContent.hpp"
 #include "GaldrineRecoveryCore/AuthenticationBudget.hpp"
+#include "GaldrineRecoveryCore/AuthenticationScope.hpp"
 #include "GaldrineRecoveryCore/GaldrineRecoveryPackageInspectorV1Error.hpp"
-
-// AuthenticationScope is what every artifact of one package opens under.
-struct AuthenticationScope {
-  const GaldrineBackupPackageV1& package;
-  ByteView libraryDomainIdentifier;
-  ByteView bpmk;
-};
 
 namespace ContentAuthentication {
 

@@ -9,7 +9,7 @@
 
 #include "GaldrineCryptoPrimitives/GaldrineAuthenticatedBackupCommitV1.hpp"
 #include "GaldrineCryptoPrimitives/GaldrineAuthenticatedBackupHeadV1.hpp"
-#include "GaldrineRecoveryCore/ContentAuthentication.hpp"
+#include "GaldrineRecoveryCore/AuthenticationScope.hpp"
 #include "GaldrineRecoveryCore/GaldrineRecoveryPackageInspectorV1Error.hpp"
 
 namespace GraphArtifactDiscovery {
