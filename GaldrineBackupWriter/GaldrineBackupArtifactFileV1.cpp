@@ -1,0 +1,130 @@
+#include "GaldrineBackupWriter/GaldrineBackupArtifactFileV1.hpp"
+
+#include <fcntl.h>
+#include <stdio.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "GaldrineCore/GaldrineDirectorySynchronization.hpp"
+#include "GaldrinePlatform/GaldrineFileDescriptor.hpp"
+#include "GaldrinePlatform/GaldrinePlatformFiles.hpp"
+#include "GaldrinePlatform/GaldrinePlatformRandom.hpp"
+
+namespace {
+
+namespace fs = std::filesystem;
+using Failure = GaldrineBackupWriterV1Failure;
+
+[[nodiscard]] std::unexpected<Failure> fileFailure(std::int32_t errorNumber) {
+  return galdrineBackupWriterFailure(GaldrinePlatformFileError{errorNumber});
+}
+
+[[nodiscard]] std::expected<void, Failure> synchronizeDirectory(int directory) {
+  const auto outcome = GaldrineDirectorySynchronization::synchronizeAfterMutation(directory);
+  if (!outcome) return fileFailure(outcome.error().errorNumber != 0 ? outcome.error().errorNumber : EIO);
+  return {};
+}
+
+// StagedFile is one file staged in tmp; it removes itself unless it was moved away.
+class StagedFile {
+ public:
+  StagedFile(int directory, std::string name) : directory_(directory), name_(std::move(name)) {}
+  StagedFile(const StagedFile&) = delete;
+  StagedFile& operator=(const StagedFile&) = delete;
+  ~StagedFile() {
+    if (owned_) ::unlinkat(directory_, name_.c_str(), 0);  // best effort: the write already failed
+  }
+  [[nodiscard]] const std::string& name() const { return name_; }
+  void released() { owned_ = false; }
+
+ private:
+  int directory_;
+  std::string name_;
+  bool owned_ = true;
+};
+
+[[nodiscard]] std::expected<void, Failure> writeDurably(int directory, const std::string& name, ByteView bytes) {
+  auto file = GaldrineFileDescriptor::openAt(directory, name, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0644);
+  if (!file) return galdrineBackupWriterFailure(file.error());
+  if (auto done = GaldrinePlatformFiles::writeAll(file->get(), bytes); !done) return galdrineBackupWriterFailure(done.error());
+  if (auto done = GaldrinePlatformFiles::synchronizeFile(file->get()); !done) return galdrineBackupWriterFailure(done.error());
+  if (auto done = file->close(); !done) return galdrineBackupWriterFailure(done.error());
+  return {};
+}
+
+[[nodiscard]] std::expected<void, Failure> requireReadBack(int directory, const std::string& name, ByteView bytes) {
+  auto file = GaldrineFileDescriptor::openAt(directory, name, O_RDONLY | O_NOFOLLOW);
+  if (!file) return galdrineBackupWriterFailure(file.error());
+  auto read = GaldrinePlatformFiles::readUpTo(file->get(), bytes.size() + 1);
+  if (!read) return galdrineBackupWriterFailure(read.error());
+  if (!GaldrineByteOrder::equal(*read, bytes)) return fileFailure(EIO);
+  return {};
+}
+
+struct Directories {
+  GaldrineFileDescriptor staging;
+  GaldrineFileDescriptor target;
+};
+
+[[nodiscard]] std::expected<Directories, Failure> openDirectories(const GaldrineBackupPackageV1& package,
+                                                                  const fs::path& target) {
+  const auto tmp = package.directoryURL("tmp");
+  if (!tmp) return galdrineBackupWriterFailure(GaldrineBackupPackageV1Failure(tmp.error()));
+  auto staging = GaldrineFileDescriptor::openDirectory(*tmp);
+  if (!staging) return galdrineBackupWriterFailure(staging.error());
+  auto targetDirectory = GaldrineFileDescriptor::openDirectory(target);
+  if (!targetDirectory) return galdrineBackupWriterFailure(targetDirectory.error());
+  return Directories{std::move(*staging), std::move(*targetDirectory)};
+}
+
+// publish stages `bytes` and hands the staged name to `move`, which puts it in place.
+template <typename Move>
+[[nodiscard]] std::expected<void, Failure> publish(const Directories& directories, const std::string& fileName,
+                                                   ByteView bytes, const Move& move) {
+  const auto uuid = GaldrinePlatformRandom::lowercaseUUIDText();
+  if (!uuid) return fileFailure(EIO);
+  StagedFile staged(directories.staging.get(), fileName + "." + *uuid + ".partial");
+  if (auto done = writeDurably(directories.staging.get(), staged.name(), bytes); !done) return done;
+  if (auto done = requireReadBack(directories.staging.get(), staged.name(), bytes); !done) return done;
+  if (auto done = move(staged.name()); !done) return done;
+  staged.released();
+  if (auto done = synchronizeDirectory(directories.target.get()); !done) return done;
+  return synchronizeDirectory(directories.staging.get());
+}
+
+}  // namespace
+
+namespace GaldrineBackupArtifactFileV1 {
+
+std::expected<fs::path, Failure> writeOnce(const GaldrineBackupPackageV1& package, std::string_view directoryName,
+                                           const std::string& fileName, ByteView bytes) {
+  const auto directory = package.directoryURL(directoryName);
+  if (!directory) return galdrineBackupWriterFailure(GaldrineBackupPackageV1Failure(directory.error()));
+  const auto directories = openDirectories(package, *directory);
+  if (!directories) return std::unexpected(directories.error());
+  const auto move = [&](const std::string& stagedName) -> std::expected<void, Failure> {
+    auto moved = GaldrinePlatformFiles::moveRefusingExistingTarget(directories->staging.get(), stagedName,
+                                                                   directories->target.get(), fileName);
+    if (!moved) return galdrineBackupWriterFailure(moved.error());
+    return {};
+  };
+  if (auto done = publish(*directories, fileName, bytes, move); !done) return std::unexpected(done.error());
+  return *directory / fileName;
+}
+
+std::expected<fs::path, Failure> replaceRootFile(const GaldrineBackupPackageV1& package, std::string_view fileName,
+                                                 ByteView bytes) {
+  const auto directories = openDirectories(package, package.packageURL());
+  if (!directories) return std::unexpected(directories.error());
+  const std::string name(fileName);
+  const auto move = [&](const std::string& stagedName) -> std::expected<void, Failure> {
+    if (::renameat(directories->staging.get(), stagedName.c_str(), directories->target.get(), name.c_str()) != 0)
+      return fileFailure(errno);
+    return {};
+  };
+  if (auto done = publish(*directories, name, bytes, move); !done) return std::unexpected(done.error());
+  return package.packageURL() / name;
+}
+
+}  // namespace GaldrineBackupArtifactFileV1

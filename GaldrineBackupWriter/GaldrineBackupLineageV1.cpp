@@ -1,0 +1,107 @@
+#include "GaldrineBackupWriter/GaldrineBackupLineageV1.hpp"
+
+#include <algorithm>
+#include <limits>
+
+#include "GaldrineCryptoPrimitives/GaldrineBackupCommitGraphV1.hpp"
+
+namespace {
+
+using Commit = GaldrineAuthenticatedBackupCommitV1;
+using Error = GaldrineBackupWriterV1Error;
+using Failure = GaldrineBackupWriterV1Failure;
+
+[[nodiscard]] const Commit* find(std::span<const Commit> commits, ByteView identifier) {
+  const auto found = std::ranges::find_if(
+      commits, [&](const Commit& commit) { return GaldrineByteOrder::equal(commit.reference().identifier(), identifier); });
+  return found == commits.end() ? nullptr : &*found;
+}
+
+[[nodiscard]] std::expected<std::optional<Commit>, Failure> resolveParent(std::span<const Commit> commits,
+                                                                        const GaldrineBackupCommitGraphScanV1& scan,
+                                                                        const GaldrineBackupCommitRequestV1& request) {
+  using Kind = GaldrineBackupCommitParentV1::Kind;
+  switch (request.parent.kind) {
+    case Kind::root:
+      return std::optional<Commit>();
+    case Kind::commit: {
+      const Commit* parent = find(commits, request.parent.commitIdentifier);
+      if (parent == nullptr) return galdrineBackupWriterFailure(Error::unknownCommit);
+      return std::optional<Commit>(*parent);
+    }
+    case Kind::canonicalTip: {
+      const auto* writable = scan.accessState.asWritable();
+      if (writable == nullptr && !request.healFork) return galdrineBackupWriterFailure(Error::readOnlyFork);
+      const auto& tip = writable != nullptr ? writable->canonicalTip : std::optional(scan.retainedTips.front());
+      if (!tip) return std::optional<Commit>();
+      return std::optional<Commit>(*find(commits, tip->reference().identifier()));
+    }
+  }
+  std::unreachable();
+}
+
+// gatheredTips gathers the parent's tips, the named ones and, when healing, every retained
+// tip but the parent, each once, ascending.
+[[nodiscard]] std::expected<std::vector<Commit>, Failure> gatheredTips(std::span<const Commit> commits,
+                                                                         const GaldrineBackupCommitGraphScanV1& scan,
+                                                                         const std::optional<Commit>& parent,
+                                                                         const GaldrineBackupCommitRequestV1& request) {
+  std::vector<Bytes> identifiers;
+  if (parent) {
+    for (const auto& tip : parent->commit().acknowledgedAlternateTips()) identifiers.push_back(tip.identifier());
+  }
+  for (const auto& named : request.acknowledgedTips) identifiers.emplace_back(named.begin(), named.end());
+  if (request.healFork) {
+    std::size_t others = 0;
+    for (const auto& tip : scan.retainedTips) {
+      if (parent && tip.reference().identifier() == parent->reference().identifier()) continue;
+      identifiers.push_back(tip.reference().identifier());
+      ++others;
+    }
+    if (others == 0) return galdrineBackupWriterFailure(Error::nothingToHeal);
+  }
+  std::ranges::sort(identifiers, GaldrineByteOrder::precedes);
+  const auto repeated = std::ranges::unique(identifiers);
+  identifiers.erase(repeated.begin(), repeated.end());
+  std::vector<Commit> tips;
+  tips.reserve(identifiers.size());
+  for (const Bytes& identifier : identifiers) {
+    const Commit* tip = find(commits, identifier);
+    if (tip == nullptr) return galdrineBackupWriterFailure(Error::unknownCommit);
+    tips.push_back(*tip);
+  }
+  return tips;
+}
+
+}  // namespace
+
+std::expected<GaldrineBackupLineageV1, Failure> GaldrineBackupLineageV1::resolve(
+    std::span<const Commit> commits, std::span<const GaldrineAuthenticatedBackupHeadV1> heads,
+    const GaldrineBackupCommitRequestV1& request) {
+  const auto scan = GaldrineBackupCommitGraphV1::scan(commits, heads);
+  if (!scan) return galdrineBackupWriterFailure(scan.error());
+  auto parent = resolveParent(commits, *scan, request);
+  if (!parent) return std::unexpected(parent.error());
+  auto tips = gatheredTips(commits, *scan, *parent, request);
+  if (!tips) return std::unexpected(tips.error());
+
+  GaldrineBackupLineageV1 lineage{std::move(*parent), std::move(*tips), 0, 0};
+  const std::uint64_t epochAboveAll = scan->maximumWriterEpoch + 1;
+  if (!lineage.parent) {
+    if (!lineage.acknowledgedTips.empty()) return galdrineBackupWriterFailure(Error::invalidLineage);
+    lineage.writerEpoch = request.startWriterEpoch ? epochAboveAll : std::max<std::uint64_t>(scan->maximumWriterEpoch, 1);
+    return lineage;
+  }
+  const GaldrineBackupCommitV1& parentCommit = lineage.parent->commit();
+  const bool sameTips = std::ranges::equal(lineage.acknowledgedReferences(), parentCommit.acknowledgedAlternateTips());
+  if (sameTips && !request.startWriterEpoch) {
+    if (parentCommit.generation() == std::numeric_limits<std::uint64_t>::max())
+      return galdrineBackupWriterFailure(Error::invalidLineage);
+    lineage.writerEpoch = parentCommit.writerEpoch();
+    lineage.generation = parentCommit.generation() + 1;
+  } else {
+    lineage.writerEpoch = epochAboveAll;
+    lineage.generation = 1;
+  }
+  return lineage;
+}

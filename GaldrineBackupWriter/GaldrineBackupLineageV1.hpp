@@ -1,0 +1,43 @@
+#pragma once
+// GaldrineBackupLineageV1 is where a new commit stands in a package's graph: its parent, the
+// tips of other branches it acknowledges, its writer epoch and its generation. resolve works
+// them out from the commits and heads a package holds and from the caller's request, by the
+// rules a reader checks: a commit in its parent's epoch is the next generation and repeats the
+// parent's acknowledged tips; one that acknowledges more, or starts an epoch, takes an epoch
+// above every epoch in the package, restarts at generation 1, and keeps its parent's tips.
+
+#include <cstdint>
+#include <expected>
+#include <optional>
+#include <span>
+#include <vector>
+
+#include "GaldrineBackupWriter/GaldrineBackupCommitRequestV1.hpp"
+#include "GaldrineBackupWriter/GaldrineBackupWriterV1Failure.hpp"
+#include "GaldrineCryptoPrimitives/GaldrineAuthenticatedBackupCommitV1.hpp"
+#include "GaldrineCryptoPrimitives/GaldrineAuthenticatedBackupHeadV1.hpp"
+
+struct GaldrineBackupLineageV1 {
+  std::optional<GaldrineAuthenticatedBackupCommitV1> parent;
+  std::vector<GaldrineAuthenticatedBackupCommitV1> acknowledgedTips;  // ascending by identifier
+  std::uint64_t writerEpoch = 0;
+  std::uint64_t generation = 0;
+
+  // acknowledgedReferences gives the references the commit record carries, in order.
+  [[nodiscard]] std::vector<GaldrineBackupArtifactReferenceV1> acknowledgedReferences() const {
+    std::vector<GaldrineBackupArtifactReferenceV1> references;
+    references.reserve(acknowledgedTips.size());
+    for (const auto& tip : acknowledgedTips) references.push_back(tip.reference());
+    return references;
+  }
+
+  // resolve, in this order: the package's graph (the commit graph's errors); the parent, which
+  // is the canonical tip (readOnlyFork on an unsettled fork, unless healing, which builds on
+  // the first tip), none, or a named commit (unknownCommit); the acknowledged tips: named ones
+  // must be commits of the package (unknownCommit), healing adds every retained tip but the
+  // parent (nothingToHeal when there is no other), and a root acknowledges nothing
+  // (invalidLineage); a generation that would overflow is invalidLineage.
+  [[nodiscard]] static std::expected<GaldrineBackupLineageV1, GaldrineBackupWriterV1Failure> resolve(
+      std::span<const GaldrineAuthenticatedBackupCommitV1> commits,
+      std::span<const GaldrineAuthenticatedBackupHeadV1> heads, const GaldrineBackupCommitRequestV1& request);
+};

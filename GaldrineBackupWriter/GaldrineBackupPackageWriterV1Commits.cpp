@@ -1,0 +1,370 @@
+// Writing commits: payloads, manifest, snapshot and commit of a library snapshot, or a second
+// commit of a snapshot already stored.
+
+#include <algorithm>
+#include <map>
+#include <set>
+
+#include "GaldrineBackupWriter/GaldrineBackupArtifactFileV1.hpp"
+#include "GaldrineBackupWriter/GaldrineBackupLineageV1.hpp"
+#include "GaldrineBackupWriter/GaldrineBackupManifestAssemblyV1.hpp"
+#include "GaldrineBackupWriter/GaldrineBackupPackageGraphReaderV1.hpp"
+#include "GaldrineBackupWriter/GaldrineBackupPackageWriterV1.hpp"
+#include "GaldrineBackupWriter/GaldrineBackupPayloadPlanV1.hpp"
+#include "GaldrineBackupWriter/GaldrineBackupPayloadWritingV1.hpp"
+#include "GaldrineCryptoPrimitives/GaldrineBackupCommitGraphV1.hpp"
+#include "GaldrineCryptoPrimitives/GaldrineBackupGraphV1.hpp"
+#include "GaldrineCryptoPrimitives/GaldrineBackupManifestRecordCodecV1.hpp"
+#include "GaldrineCryptoPrimitives/GaldrineBackupPayloadV1.hpp"
+
+struct GaldrineBackupPackageWriterV1::SnapshotToCommit {
+  GaldrineBackupArtifactReferenceV1 reference;
+  GaldrineBackupSnapshotV1 snapshot;
+  std::filesystem::path snapshotFile;
+  bool snapshotNewlyWritten;
+  GaldrineBackupManifestRootV1 root;
+  std::filesystem::path rootFile;
+  std::vector<std::filesystem::path> sectionFiles;
+  std::vector<GaldrineBackupManifestRecordV1> records;
+  GaldrineBackupManifestSemanticSummaryV1 summary;
+  std::set<GaldrineBackupIdentifierV1> reused;   // resources whose payload an earlier commit wrote
+  std::set<GaldrineBackupIdentifierV1> written;  // payload files this commit wrote
+};
+
+namespace {
+
+namespace fs = std::filesystem;
+using Writer = GaldrineBackupPackageWriterV1;
+using Failure = GaldrineBackupWriterV1Failure;
+using Error = GaldrineBackupWriterV1Error;
+using Record = GaldrineBackupManifestRecordV1;
+using Identifier = GaldrineBackupIdentifierV1;
+using IdentifierSet = std::set<Identifier>;
+using Container = GaldrineBackupPayloadContainerKindV1;
+
+[[nodiscard]] Bytes bytesOf(const Identifier& identifier) { return Bytes(identifier.begin(), identifier.end()); }
+
+[[nodiscard]] std::expected<Identifier, Failure> fixedOrDrawn(const std::optional<Identifier>& fixed,
+                                                              const GaldrineBackupWriterSourcesV1& sources) {
+  if (fixed) return *fixed;
+  auto drawn = sources.identifier();
+  if (!drawn) return galdrineBackupWriterFailure(drawn.error());
+  return *drawn;
+}
+
+// The identifiers of the artifacts one commit adds, drawn before anything else so that a
+// reproducible source gives them the same values whatever the library holds.
+struct CommitIdentifiers {
+  Identifier commit;
+  Identifier snapshot;
+  Identifier manifest;
+};
+
+[[nodiscard]] std::expected<CommitIdentifiers, Failure> drawIdentifiers(const GaldrineBackupCommitRequestV1& request,
+                                                                        const GaldrineBackupWriterSourcesV1& sources) {
+  const auto commit = fixedOrDrawn(request.commitIdentifier, sources);
+  if (!commit) return std::unexpected(commit.error());
+  const auto snapshot = fixedOrDrawn(request.snapshotIdentifier, sources);
+  if (!snapshot) return std::unexpected(snapshot.error());
+  const auto manifest = fixedOrDrawn(request.manifestIdentifier, sources);
+  if (!manifest) return std::unexpected(manifest.error());
+  return CommitIdentifiers{*commit, *snapshot, *manifest};
+}
+
+// reusablePayloads reads the manifests of the parent and of every acknowledged tip, whose
+// stored resources the new snapshot may keep.
+[[nodiscard]] std::expected<std::vector<GaldrineBackupStoredManifestV1>, Failure> storedManifests(
+    const GaldrineBackupLineageV1& lineage, const GaldrineBackupPackageV1& package, ByteView libraryDomainIdentifier,
+    ByteView bpmk) {
+  std::vector<const GaldrineBackupCommitV1*> commits;
+  if (lineage.parent) commits.push_back(&lineage.parent->commit());
+  for (const auto& tip : lineage.acknowledgedTips) commits.push_back(&tip.commit());
+  std::vector<GaldrineBackupStoredManifestV1> manifests;
+  std::set<Bytes> snapshotsRead;
+  for (const auto* commit : commits) {
+    if (!snapshotsRead.insert(commit->snapshot().identifier()).second) continue;
+    auto manifest = GaldrineBackupPackageGraphReaderV1::readManifest(package, *commit, libraryDomainIdentifier, bpmk);
+    if (!manifest) return std::unexpected(manifest.error());
+    manifests.push_back(std::move(*manifest));
+  }
+  return manifests;
+}
+
+// checkedManifest assembles the sections of `plan` and runs the manifest's validator over them.
+struct CheckedManifest {
+  std::vector<Record> records;
+  std::vector<GaldrineBackupManifestSectionV1> sections;
+  GaldrineBackupManifestSemanticSummaryV1 summary;
+};
+
+[[nodiscard]] std::expected<CheckedManifest, Failure> checkedManifest(
+    const GaldrineBackupLibrarySnapshotV1& library, const GaldrineBackupPayloadPlanV1& plan, const Identifier& manifest,
+    const Identifier& libraryDomainIdentifier, const GaldrineBackupPayloadLayoutV1& layout,
+    const GaldrineBackupManifestAssemblyV1::SectionIdentifierSource& sectionIdentifiers,
+    const GaldrineBackupKeyScopeV1& scope) {
+  auto records = GaldrineBackupManifestAssemblyV1::records(library, plan);
+  if (!records) return std::unexpected(records.error());
+  auto sections =
+      GaldrineBackupManifestAssemblyV1::sections(*records, manifest, libraryDomainIdentifier, layout, sectionIdentifiers);
+  if (!sections) return std::unexpected(sections.error());
+  auto summary = GaldrineBackupManifestRecordCodecV1::validateAndSummarize(*sections, scope.packageIdentifier,
+                                                                          scope.libraryDomainIdentifier, scope.bpmk);
+  if (!summary) return galdrineBackupWriterFailure(summary.error());
+  return CheckedManifest{std::move(*records), std::move(*sections), std::move(*summary)};
+}
+
+// summaryAgrees compares what the validator found with what the plan meant to store.
+[[nodiscard]] bool summaryAgrees(const GaldrineBackupManifestSemanticSummaryV1& summary,
+                                 const GaldrineBackupManifestSemanticSummaryV1& planned,
+                                 const GaldrineBackupPayloadPlanV1& plan, const GaldrineBackupLibrarySnapshotV1& library) {
+  std::uint64_t logical = 0;
+  for (const auto& resource : plan.resources) logical += resource.plaintextByteCount;
+  return summary.counts == planned.counts && summary.logicalPlaintextByteCount == logical &&
+         summary.counts.resourceCount() == plan.resources.size() && summary.counts.itemCount() == library.items.size();
+}
+
+struct WrittenManifest {
+  GaldrineBackupManifestRootV1 root;
+  GaldrineBackupArtifactReferenceV1 rootReference;
+  fs::path rootFile;
+  std::vector<fs::path> sectionFiles;
+};
+
+[[nodiscard]] std::expected<WrittenManifest, Failure> writeManifest(const GaldrineBackupPackageV1& package, ByteView bpmk,
+                                                                    const CheckedManifest& manifest,
+                                                                    const CommitIdentifiers& identifiers,
+                                                                    const Identifier& libraryDomainIdentifier,
+                                                                    std::int64_t createdAtUTCMilliseconds) {
+  const ByteView packageIdentifier = package.header().packageIdentifier();
+  std::vector<GaldrineBackupManifestSectionReferenceV1> references;
+  std::vector<fs::path> sectionFiles;
+  for (const auto& section : manifest.sections) {
+    const auto sealed = GaldrineBackupGraphV1::sealManifestSection(section, packageIdentifier, bpmk);
+    if (!sealed) return galdrineBackupWriterFailure(sealed.error());
+    auto file = GaldrineBackupArtifactFileV1::writeOnce(
+        package, "manifests", *GaldrineBackupGraphV1::manifestFileName(section.identifier()), sealed->frame);
+    if (!file) return std::unexpected(file.error());
+    references.push_back(sealed->reference);
+    sectionFiles.push_back(std::move(*file));
+  }
+  auto sectionSetSHA256 = GaldrineBackupGraphV1::sectionSetDigest(references);
+  if (!sectionSetSHA256) return galdrineBackupWriterFailure(sectionSetSHA256.error());
+  auto root = GaldrineBackupManifestRootV1::make(
+      bytesOf(identifiers.manifest), bytesOf(libraryDomainIdentifier), bytesOf(identifiers.snapshot),
+      createdAtUTCMilliseconds, manifest.summary.counts, manifest.summary.logicalPlaintextByteCount,
+      manifest.summary.requiredPayloadSetSHA256, std::move(references), std::move(*sectionSetSHA256));
+  if (!root) return galdrineBackupWriterFailure(root.error());
+  const auto sealed = GaldrineBackupGraphV1::sealManifestRoot(*root, packageIdentifier, bpmk);
+  if (!sealed) return galdrineBackupWriterFailure(sealed.error());
+  auto file = GaldrineBackupArtifactFileV1::writeOnce(package, "manifests",
+                                                      *GaldrineBackupGraphV1::manifestFileName(identifiers.manifest),
+                                                      sealed->frame);
+  if (!file) return std::unexpected(file.error());
+  return WrittenManifest{std::move(*root), sealed->reference, std::move(*file), std::move(sectionFiles)};
+}
+
+struct WrittenSnapshot {
+  GaldrineBackupSnapshotV1 snapshot;
+  GaldrineBackupArtifactReferenceV1 reference;
+  fs::path file;
+};
+
+[[nodiscard]] std::expected<WrittenSnapshot, Failure> writeSnapshot(const GaldrineBackupPackageV1& package, ByteView bpmk,
+                                                                    const WrittenManifest& manifest,
+                                                                    const GaldrineBackupManifestSemanticSummaryV1& summary,
+                                                                    const CommitIdentifiers& identifiers,
+                                                                    const Identifier& libraryDomainIdentifier,
+                                                                    std::int64_t createdAtUTCMilliseconds) {
+  auto snapshot = GaldrineBackupSnapshotV1::make(
+      bytesOf(identifiers.snapshot), bytesOf(libraryDomainIdentifier), createdAtUTCMilliseconds, manifest.rootReference,
+      manifest.root.sectionSetSHA256(), summary.requiredPayloadSetSHA256, summary.counts,
+      summary.logicalPlaintextByteCount, summary.encryptedPayloadByteCount);
+  if (!snapshot) return galdrineBackupWriterFailure(snapshot.error());
+  const auto sealed = GaldrineBackupGraphV1::sealSnapshot(*snapshot, package.header().packageIdentifier(), bpmk);
+  if (!sealed) return galdrineBackupWriterFailure(sealed.error());
+  auto file = GaldrineBackupArtifactFileV1::writeOnce(package, "snapshots",
+                                                      *GaldrineBackupGraphV1::snapshotFileName(identifiers.snapshot),
+                                                      sealed->frame);
+  if (!file) return std::unexpected(file.error());
+  return WrittenSnapshot{std::move(*snapshot), sealed->reference, std::move(*file)};
+}
+
+[[nodiscard]] fs::path payloadFilePath(const GaldrineBackupPackageV1& package, Container container,
+                                       const Identifier& identifier) {
+  if (container == Container::pack)
+    return *package.directoryURL("packs") / *GaldrineBackupPayloadV1::packSegmentFileName(identifier);
+  return *package.directoryURL("objects") / *GaldrineBackupPayloadV1::resourceChunkFileName(identifier);
+}
+
+// describePayloads tells, from the records, where each resource lies and which files the
+// snapshot requires; `reused` and `written` say what this commit kept and what it wrote.
+void describePayloads(GaldrineBackupWrittenCommitV1& result, const GaldrineBackupPackageV1& package,
+                      const IdentifierSet& reused, const IdentifierSet& written) {
+  std::map<Identifier, GaldrineBackupWrittenPayloadFileV1> files;
+  for (const Record& record : result.records) {
+    const auto* resource = record.resource();
+    if (resource == nullptr) continue;
+    GaldrineBackupWrittenResourceV1 described{resource->identifier(), resource->itemIdentifier(),
+                                              resource->parts().front().container(), resource->payloadKeyIdentifier(),
+                                              {}, resource->plaintextByteCount(), resource->plaintextSHA256(),
+                                              reused.contains(resource->identifier())};
+    for (const auto& part : resource->parts()) {
+      const fs::path path = payloadFilePath(package, part.container(), part.artifactIdentifier());
+      if (described.partFiles.empty() || described.partFiles.back() != path) described.partFiles.push_back(path);
+      files.try_emplace(part.artifactIdentifier(),
+                        GaldrineBackupWrittenPayloadFileV1{part.artifactIdentifier(), part.container(), path,
+                                                           part.artifactFileByteCount(), part.artifactFileSHA256(),
+                                                           written.contains(part.artifactIdentifier())});
+    }
+    result.resources.push_back(std::move(described));
+  }
+  std::ranges::sort(result.resources, {}, &GaldrineBackupWrittenResourceV1::identifier);
+  for (auto& [identifier, file] : files) result.payloadFiles.push_back(std::move(file));
+}
+
+}  // namespace
+
+std::expected<GaldrineBackupWrittenCommitV1, Failure> GaldrineBackupPackageWriterV1::writeCommit(
+    const GaldrineBackupLibrarySnapshotV1& library, const GaldrineBackupCommitRequestV1& request) {
+  const auto lineage = GaldrineBackupLineageV1::resolve(commits_, heads_, request);
+  if (!lineage) return std::unexpected(lineage.error());
+  const std::int64_t createdAt = request.createdAtUTCMilliseconds.value_or(settings_.sources.now());
+  const auto identifiers = drawIdentifiers(request, settings_.sources);
+  if (!identifiers) return std::unexpected(identifiers.error());
+  const auto manifests = storedManifests(*lineage, package_, libraryDomainIdentifier_, bpmk_);
+  if (!manifests) return std::unexpected(manifests.error());
+  GaldrineBackupReusablePayloadsV1 reusable;
+  for (const auto& manifest : *manifests) reusable.add(manifest.records);
+
+  const GaldrineBackupKeyScopeV1 scope{package_.header().packageIdentifier(), libraryDomainIdentifier_, bpmk_};
+  auto plan = GaldrineBackupPayloadPlanV1::make(library, reusable, settings_.layout, settings_.sources, scope);
+  if (!plan) return std::unexpected(plan.error());
+  // The manifest is checked with stand-in payload values before any file exists, so a library
+  // the format refuses leaves nothing behind.
+  const auto standInIdentifiers = [] { return std::expected<Identifier, Error>(Identifier{}); };
+  const auto planned = checkedManifest(library, *plan, identifiers->manifest, libraryDomainIdentifier_, settings_.layout,
+                                       standInIdentifiers, scope);
+  if (!planned) return std::unexpected(planned.error());
+
+  const auto written = GaldrineBackupPayloadWritingV1::writePayloads(*plan, package_, settings_.layout, scope);
+  if (!written) return std::unexpected(written.error());
+  auto manifest = checkedManifest(library, *plan, identifiers->manifest, libraryDomainIdentifier_, settings_.layout,
+                                  [&] { return settings_.sources.identifier(); }, scope);
+  if (!manifest) return std::unexpected(manifest.error());
+  if (!summaryAgrees(manifest->summary, planned->summary, *plan, library))
+    return galdrineBackupWriterFailure(Error::summaryMismatch);
+
+  auto writtenManifest = writeManifest(package_, bpmk_, *manifest, *identifiers, libraryDomainIdentifier_, createdAt);
+  if (!writtenManifest) return std::unexpected(writtenManifest.error());
+  auto snapshot = writeSnapshot(package_, bpmk_, *writtenManifest, manifest->summary, *identifiers,
+                                libraryDomainIdentifier_, createdAt);
+  if (!snapshot) return std::unexpected(snapshot.error());
+
+  IdentifierSet reused;
+  for (const auto& resource : plan->resources) {
+    if (resource.reused) reused.insert(resource.description->identifier);
+  }
+  SnapshotToCommit stored{snapshot->reference,
+                          std::move(snapshot->snapshot),
+                          std::move(snapshot->file),
+                          true,
+                          std::move(writtenManifest->root),
+                          std::move(writtenManifest->rootFile),
+                          std::move(writtenManifest->sectionFiles),
+                          std::move(manifest->records),
+                          manifest->summary,
+                          std::move(reused),
+                          IdentifierSet(written->begin(), written->end())};
+  return commitSnapshot(*lineage, identifiers->commit, std::move(stored), request);
+}
+
+std::expected<GaldrineBackupWrittenCommitV1, Failure> GaldrineBackupPackageWriterV1::writeCommitSharingSnapshot(
+    const GaldrineBackupIdentifierV1& snapshotOf, const GaldrineBackupCommitRequestV1& request) {
+  const auto* source = findCommit(snapshotOf);
+  if (source == nullptr) return galdrineBackupWriterFailure(Error::unknownCommit);
+  const GaldrineAuthenticatedBackupCommitV1 sharedCommit = *source;
+  const auto lineage = GaldrineBackupLineageV1::resolve(commits_, heads_, request);
+  if (!lineage) return std::unexpected(lineage.error());
+  const auto commitIdentifier = fixedOrDrawn(request.commitIdentifier, settings_.sources);
+  if (!commitIdentifier) return std::unexpected(commitIdentifier.error());
+  auto manifest =
+      GaldrineBackupPackageGraphReaderV1::readManifest(package_, sharedCommit.commit(), libraryDomainIdentifier_, bpmk_);
+  if (!manifest) return std::unexpected(manifest.error());
+  const GaldrineBackupSnapshotV1& snapshot = manifest->snapshot;
+  GaldrineBackupManifestSemanticSummaryV1 summary{snapshot.counts(), snapshot.logicalPlaintextByteCount(),
+                                                  snapshot.encryptedPayloadByteCount(),
+                                                  snapshot.requiredPayloadSetSHA256()};
+  IdentifierSet reused;
+  for (const Record& record : manifest->records) {
+    if (const auto* resource = record.resource()) reused.insert(resource->identifier());
+  }
+  SnapshotToCommit stored{sharedCommit.commit().snapshot(),
+                          std::move(manifest->snapshot),
+                          std::move(manifest->snapshotFile),
+                          false,
+                          std::move(manifest->root),
+                          std::move(manifest->rootFile),
+                          std::move(manifest->sectionFiles),
+                          std::move(manifest->records),
+                          std::move(summary),
+                          std::move(reused),
+                          {}};
+  return commitSnapshot(*lineage, *commitIdentifier, std::move(stored), request);
+}
+
+std::expected<GaldrineBackupWrittenCommitV1, Failure> GaldrineBackupPackageWriterV1::commitSnapshot(
+    const GaldrineBackupLineageV1& lineage, const GaldrineBackupIdentifierV1& commitIdentifier,
+    SnapshotToCommit stored, const GaldrineBackupCommitRequestV1& request) {
+  std::optional<GaldrineBackupArtifactReferenceV1> parent;
+  if (lineage.parent) parent = lineage.parent->reference();
+  // Every commit of one snapshot carries the snapshot's time, as readers require.
+  const std::int64_t createdAt = stored.snapshot.createdAtUTCMilliseconds();
+  const auto commit = GaldrineBackupCommitV1::make(
+      bytesOf(commitIdentifier), bytesOf(libraryDomainIdentifier_), parent, stored.reference,
+      stored.root.identifier(), bytesOf(writerDeviceIdentifier_), lineage.writerEpoch, lineage.generation, createdAt,
+      stored.snapshot.requiredPayloadSetSHA256(), lineage.acknowledgedReferences());
+  if (!commit) return galdrineBackupWriterFailure(commit.error());
+  const auto sealed = GaldrineBackupGraphV1::sealCommit(*commit, package_.header().packageIdentifier(), bpmk_);
+  if (!sealed) return galdrineBackupWriterFailure(sealed.error());
+  auto authenticated = GaldrineAuthenticatedBackupCommitV1::make(sealed->reference, *commit);
+  if (!authenticated) return galdrineBackupWriterFailure(authenticated.error());
+
+  // The commit must stand in the graph as a reader will judge it, before its file exists.
+  std::vector<GaldrineAuthenticatedBackupCommitV1> extended(commits_.begin(), commits_.end());
+  extended.push_back(*authenticated);
+  if (const auto scan = GaldrineBackupCommitGraphV1::scan(extended, heads_); !scan)
+    return galdrineBackupWriterFailure(scan.error());
+  auto commitFile = GaldrineBackupArtifactFileV1::writeOnce(
+      package_, "commits", *GaldrineBackupGraphV1::commitFileName(commitIdentifier), sealed->frame);
+  if (!commitFile) return std::unexpected(commitFile.error());
+  commits_.push_back(*authenticated);
+
+  GaldrineBackupWrittenCommitV1 result{commitIdentifier,
+                                       std::move(*authenticated),
+                                       std::move(*commitFile),
+                                       stored.reference,
+                                       std::move(stored.snapshot),
+                                       std::move(stored.snapshotFile),
+                                       stored.snapshotNewlyWritten,
+                                       std::move(stored.root),
+                                       std::move(stored.rootFile),
+                                       std::move(stored.sectionFiles),
+                                       std::move(stored.summary),
+                                       std::move(stored.records),
+                                       {},
+                                       {},
+                                       std::nullopt,
+                                       std::nullopt};
+  describePayloads(result, package_, stored.reused, stored.written);
+  if (request.publishHead) {
+    auto head = writeHead(commitIdentifier, request.headIdentifier);
+    if (!head) return std::unexpected(head.error());
+    result.head = std::move(*head);
+  }
+  if (request.writeConvenienceHead) {
+    auto file = writeConvenienceHead(commitIdentifier);
+    if (!file) return std::unexpected(file.error());
+    result.convenienceHeadFile = std::move(*file);
+  }
+  return result;
+}

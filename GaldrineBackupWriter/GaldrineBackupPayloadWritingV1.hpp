@@ -1,0 +1,24 @@
+#pragma once
+// GaldrineBackupPayloadWritingV1 writes the payload files a plan calls for, through the payload
+// writers of the format, and puts the real digests and part records into the plan in place of
+// the stand-ins. Content is read in pieces: a segment holds its resources' plaintexts (at most
+// the layout's segment size) while it is sealed, a chunked resource one chunk at a time. Every
+// plaintext buffer is wiped once its file is written.
+
+#include <expected>
+#include <vector>
+
+#include "GaldrineBackupWriter/GaldrineBackupPayloadPlanV1.hpp"
+#include "GaldrineCore/GaldrineBackupPackageV1.hpp"
+
+namespace GaldrineBackupPayloadWritingV1 {
+
+// writePayloads writes every segment, then every chunked resource, in plan order, and gives the
+// identifiers of the files written. A source that gives other bytes than planned is
+// contentChanged or contentUnavailable; the payload writer's and file calls' errors pass on.
+// Files written before a failure stay, unreferenced.
+[[nodiscard]] std::expected<std::vector<GaldrineBackupIdentifierV1>, GaldrineBackupWriterV1Failure> writePayloads(
+    GaldrineBackupPayloadPlanV1& plan, const GaldrineBackupPackageV1& package, const GaldrineBackupPayloadLayoutV1& layout,
+    const GaldrineBackupKeyScopeV1& scope);
+
+}  // namespace GaldrineBackupPayloadWritingV1

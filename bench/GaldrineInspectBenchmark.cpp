@@ -1,0 +1,178 @@
+// GaldrineInspectBenchmark is the program bench/inspect.sh drives. It is no Google Benchmark:
+// one whole inspection of a large package is the measurement, and the script times the process.
+//
+//   GaldrineInspectBenchmark write MEDIA_DIRECTORY PACKAGE PASSPHRASE_FILE
+//     writes every regular file of MEDIA_DIRECTORY, one item each, as one commit of a new
+//     package with a backup passphrase envelope (3 passes over 64 MiB) and a recovery key.
+//   GaldrineInspectBenchmark inspect PACKAGE PASSPHRASE_FILE
+//     inspects the package with the passphrase through the engine's own steps (open the reader,
+//     unlock, inspect) and prints one JSON object: the phases' wall and CPU times, the payload
+//     bytes hashed, and the evidence. The peak resident memory after unlocking is reset, so the
+//     inspection's own peak is reported apart from Argon2id's.
+
+#include <sys/resource.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "GaldrineBackupWriter/GaldrineBackupPackageWriterV1.hpp"
+#include "GaldrineCryptoSupport/GaldrineSecureMemory.hpp"
+#include "GaldrinePlatform/GaldrineScopeGuard.hpp"
+#include "GaldrineRecoveryCore/GaldrineRecoveryPackageInspectorV1.hpp"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const Bytes kRecoveryKey(32, 0x5A);
+
+[[nodiscard]] std::string fileText(const fs::path& path) {
+  std::ifstream stream(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>());
+}
+
+[[nodiscard]] GaldrineBackupIdentifierV1 identifierOf(std::uint32_t kind, std::uint32_t index) {
+  GaldrineBackupIdentifierV1 identifier{};
+  for (std::size_t position = 0; position < 4; ++position) {
+    identifier[position] = static_cast<std::uint8_t>(kind >> (24 - 8 * position));
+    identifier[12 + position] = static_cast<std::uint8_t>(index >> (24 - 8 * position));
+  }
+  return identifier;
+}
+
+[[nodiscard]] GaldrineBackupLibrarySnapshotV1 libraryOf(const fs::path& mediaDirectory) {
+  std::vector<fs::path> files;
+  for (const auto& entry : fs::directory_iterator(mediaDirectory)) {
+    if (entry.is_regular_file() && entry.path().filename().string().front() != '.') files.push_back(entry.path());
+  }
+  std::ranges::sort(files);
+  GaldrineBackupLibrarySnapshotV1 library;
+  for (std::uint32_t index = 0; index < files.size(); ++index) {
+    const bool isMovie = files[index].extension() == ".mov";
+    GaldrineBackupResourceDescriptionV1 resource;
+    resource.identifier = identifierOf(2, index);
+    resource.uniformTypeIdentifier = isMovie ? "com.apple.quicktime-movie" : "public.jpeg";
+    if (isMovie) resource.durationSeconds = 30.0;
+    resource.content = GaldrineBackupContentSourceV1::file(files[index]);
+    GaldrineBackupItemDescriptionV1 item;
+    item.identifier = identifierOf(1, index);
+    item.kind = isMovie ? GaldrineBackupMediaKindV1::video : GaldrineBackupMediaKindV1::photo;
+    item.displayDateUTCMilliseconds = 1'700'000'000'000 + index;
+    item.importDateUTCMilliseconds = 1'700'000'000'000;
+    item.originalFilename = files[index].filename().string();
+    item.resources.push_back(std::move(resource));
+    library.items.push_back(std::move(item));
+  }
+  return library;
+}
+
+int writePackage(const fs::path& mediaDirectory, const fs::path& packageURL, const fs::path& passphraseFile) {
+  std::string passphrase = fileText(passphraseFile);
+  GaldrineScopeGuard wipePassphrase{[&] { GaldrineSecureMemory::wipe(passphrase); }};
+  auto writer = GaldrineBackupPackageWriterV1::create(
+      packageURL, {.backupPassphrase = GaldrineByteText::view(passphrase), .recoveryKey = ByteView(kRecoveryKey)});
+  if (!writer) {
+    std::fprintf(stderr, "cannot create the package\n");
+    return 1;
+  }
+  const auto written = writer->writeCommit(libraryOf(mediaDirectory));
+  if (!written) {
+    std::fprintf(stderr, "cannot write the commit\n");
+    return 1;
+  }
+  std::printf("%zu payload files\n", written->payloadFiles.size());
+  return 0;
+}
+
+struct Moment {
+  double wallSeconds;
+  double userSeconds;
+  double systemSeconds;
+
+  [[nodiscard]] static Moment now() {
+    rusage usage{};
+    ::getrusage(RUSAGE_SELF, &usage);
+    const auto seconds = [](const timeval& value) { return static_cast<double>(value.tv_sec) + value.tv_usec * 1e-6; };
+    const auto wall = std::chrono::steady_clock::now().time_since_epoch();
+    return {std::chrono::duration<double>(wall).count(), seconds(usage.ru_utime), seconds(usage.ru_stime)};
+  }
+};
+
+// resetPeakResidentMemory makes the kernel's high-water mark start again from the current size.
+void resetPeakResidentMemory() {
+  std::ofstream clearReferences("/proc/self/clear_refs");
+  clearReferences << "5";
+}
+
+[[nodiscard]] long peakResidentBytes() {
+  std::ifstream status("/proc/self/status");
+  std::string line;
+  while (std::getline(status, line)) {
+    if (line.starts_with("VmHWM:")) return std::stol(line.substr(6)) * 1024;
+  }
+  return -1;
+}
+
+int inspectPackage(const fs::path& packageURL, const fs::path& passphraseFile) {
+  std::string passphrase = fileText(passphraseFile);
+  GaldrineScopeGuard wipePassphrase{[&] { GaldrineSecureMemory::wipe(passphrase); }};
+  const Moment start = Moment::now();
+  const auto reader = GaldrineRecoveryPackageInspectorV1::openEnvelopeReader(packageURL);
+  if (!reader) return 1;
+  auto bpmk = reader->openWithBackupPassphrase(GaldrineByteText::view(passphrase));
+  if (!bpmk) return 1;
+  GaldrineScopeGuard wipeKey{[&] { GaldrineSecureMemory::wipe(*bpmk); }};
+  const Moment unlocked = Moment::now();
+  const long peakWithUnlock = peakResidentBytes();
+  resetPeakResidentMemory();
+
+  std::optional<Moment> firstRead;
+  Moment lastRead = unlocked;
+  std::uint64_t payloadByteCount = 0;
+  std::uint64_t payloadFileCount = 0;
+  const auto observer = [&](const fs::path&, std::size_t byteCount) {
+    if (!firstRead) firstRead = Moment::now();
+    payloadByteCount += byteCount;
+    if (byteCount == 0) {
+      ++payloadFileCount;
+      lastRead = Moment::now();
+    }
+  };
+  const auto inspection = GaldrineRecoveryPackageInspectorV1::inspect(
+      *reader, *bpmk, GaldrineRecoveryPortableFactorV1::backupPassphrase, {}, observer);
+  if (!inspection) return 1;
+  const Moment finished = Moment::now();
+  const Moment hashingStart = firstRead.value_or(lastRead);
+
+  std::int64_t matching = 0;
+  for (const auto& snapshot : inspection->authenticatedSnapshots) matching += snapshot.payloadFileEvidence.matchingFileCount;
+  std::printf(
+      "{\"payloadFileCount\": %llu, \"payloadByteCount\": %llu, \"matchingFileCount\": %lld, "
+      "\"unlockWallSeconds\": %.4f, \"inspectWallSeconds\": %.4f, \"payloadWallSeconds\": %.4f, "
+      "\"payloadUserSeconds\": %.4f, \"payloadSystemSeconds\": %.4f, \"peakResidentBytesWithUnlock\": %ld, "
+      "\"peakResidentBytesOfInspection\": %ld}\n",
+      static_cast<unsigned long long>(payloadFileCount), static_cast<unsigned long long>(payloadByteCount),
+      static_cast<long long>(matching), unlocked.wallSeconds - start.wallSeconds,
+      finished.wallSeconds - unlocked.wallSeconds, lastRead.wallSeconds - hashingStart.wallSeconds,
+      lastRead.userSeconds - hashingStart.userSeconds, lastRead.systemSeconds - hashingStart.systemSeconds, peakWithUnlock,
+      peakResidentBytes());
+  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const std::vector<std::string_view> arguments(argv + 1, argv + argc);
+  if (arguments.size() == 4 && arguments[0] == "write") return writePackage(arguments[1], arguments[2], arguments[3]);
+  if (arguments.size() == 3 && arguments[0] == "inspect") return inspectPackage(arguments[1], arguments[2]);
+  std::fprintf(stderr, "usage: %s write MEDIA PACKAGE PASSPHRASE_FILE | inspect PACKAGE PASSPHRASE_FILE\n", argv[0]);
+  return 2;
+}

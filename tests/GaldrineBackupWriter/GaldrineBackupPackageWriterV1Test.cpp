@@ -1,0 +1,217 @@
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "GaldrineCryptoPrimitives/GaldrineBackupCommitGraphV1.hpp"
+#include "GaldrineCryptoSupport/GaldrineArgon2id.hpp"
+#include "GaldrinePortableKeyEnvelope/GaldrineBackupKeyEnvelopeFileV1.hpp"
+#include "GaldrinePortableKeyEnvelope/GaldrinePortableKeyEnvelopeV1.hpp"
+#include "Support/GaldrineFileFixtures.hpp"
+#include "Support/GaldrineTemporaryDirectory.hpp"
+#include "tests/GaldrineBackupWriter/GaldrineBackupWriterTestSupport.hpp"
+
+namespace {
+
+using namespace GaldrineBackupWriterTestSupport;
+using EnvelopeError = GaldrinePortableKeyEnvelopeV1Error;
+using Factor = GaldrinePortableKeyFactorV1;
+
+const Bytes kPassphrase = GaldrineByteText::bytes("quiet harbor lantern 47 ember");
+
+[[nodiscard]] std::expected<Bytes, EnvelopeError> openEntry(const GaldrineBackupPackageV1& package,
+                                                           const GaldrineBackupKeyEnvelopeSetV1& set, Factor factor,
+                                                           ByteView credential) {
+  const auto entry = set.activeEntry(factor);
+  if (!entry) return std::unexpected(EnvelopeError::unexpectedFactor());
+  const auto& metadata = entry->metadata();
+  const auto context = GaldrinePortableKeyEnvelopeContextV1::make(package.header(), set.libraryDomainIdentifier(),
+                                                                 metadata.artifactIdentifier(),
+                                                                 metadata.keySlotIdentifier(), metadata.generation());
+  if (!context) return std::unexpected(context.error());
+  return factor == Factor::backupPassphrase
+             ? GaldrinePortableKeyEnvelopeV1::openWithBackupPassphrase(entry->envelope(), credential, *context)
+             : GaldrinePortableKeyEnvelopeV1::openWithRecoveryKey(entry->envelope(), credential, *context);
+}
+
+TEST(GaldrineBackupPackageWriterV1, BothCredentialsOfANewPackageUnlockTheWritersMasterKey) {
+  const GaldrineTemporaryDirectory directory;
+  const fs::path url = directory / "Library.galdrine";
+  auto writer = Writer::create(url, {ByteView(kPassphrase), ByteView(kRecoveryKey)}, settings());
+  ASSERT_TRUE(writer) << writer.error().index();
+  const Bytes bpmk(writer->backupPackageMasterKey().begin(), writer->backupPackageMasterKey().end());
+  EXPECT_EQ(bpmk.size(), 32u);
+
+  const auto package = GaldrineBackupPackageV1::open(url);
+  ASSERT_TRUE(package);
+  EXPECT_EQ(package->header().packageIdentifier(), writer->package().header().packageIdentifier());
+  const auto read = GaldrineBackupKeyEnvelopeFileV1::read(*package);
+  ASSERT_TRUE(read);
+  const auto& set = read->envelopeSet;
+  EXPECT_EQ(set.activeEntries().size(), 2u);
+  EXPECT_EQ(set.libraryDomainIdentifier(), Bytes(writer->libraryDomainIdentifier().begin(), writer->libraryDomainIdentifier().end()));
+  EXPECT_EQ(set.activeEntry(Factor::backupPassphrase)->metadata().operationsLimit(), 3u);
+  EXPECT_EQ(set.activeEntry(Factor::backupPassphrase)->metadata().memoryLimitBytes(), 67108864);
+  EXPECT_EQ(openEntry(*package, set, Factor::recoveryKey, kRecoveryKey), bpmk);
+  EXPECT_EQ(openEntry(*package, set, Factor::backupPassphrase, kPassphrase), bpmk);
+
+  auto reopened = Writer::openWithRecoveryKey(url, kRecoveryKey, settings());
+  ASSERT_TRUE(reopened);
+  EXPECT_TRUE(std::ranges::equal(reopened->backupPackageMasterKey(), bpmk));
+  EXPECT_EQ(reopened->libraryDomainIdentifier(), writer->libraryDomainIdentifier());
+  const Bytes wrongKey(32, 0x01);
+  EXPECT_EQ(Writer::openWithRecoveryKey(url, wrongKey, settings()).error(), Failure(EnvelopeError::authenticationFailed()));
+}
+
+TEST(GaldrineBackupPackageWriterV1, CreationRefusesBeforeAnythingIsWritten) {
+  const Bytes weakPassphrase = GaldrineByteText::bytes("12345678");
+  const Bytes shortKey(31, 0x01);
+  GaldrineBackupWriterSettingsV1 badLayout = settings();
+  badLayout.layout.chunkPlaintextByteCount = 0;
+  struct Case {
+    std::string_view name;
+    GaldrineBackupPackageCredentialsV1 credentials;
+    GaldrineBackupWriterSettingsV1 settings;
+    Failure expected;
+  };
+  const Case cases[] = {
+      {"no credential", {}, settings(), Error::missingCredential},
+      {"weak passphrase", {ByteView(weakPassphrase), ByteView(kRecoveryKey)}, settings(), EnvelopeError::invalidCredential()},
+      {"short recovery key", {std::nullopt, ByteView(shortKey)}, settings(), EnvelopeError::invalidRecoveryKeyByteCount()},
+      {"chunks of no bytes", {std::nullopt, ByteView(kRecoveryKey)}, badLayout, Error::invalidLayout},
+  };
+  const std::uint64_t derivationsBefore = GaldrineArgon2id::derivationCount();
+  for (const Case& test : cases) {
+    const GaldrineTemporaryDirectory directory;
+    const auto writer = Writer::create(directory / "Library.galdrine", test.credentials, test.settings);
+    ASSERT_FALSE(writer) << test.name;
+    EXPECT_EQ(writer.error(), test.expected) << test.name;
+    EXPECT_TRUE(namesIn(directory.path()).empty()) << test.name;
+  }
+  EXPECT_EQ(GaldrineArgon2id::derivationCount(), derivationsBefore);
+
+  const GaldrineTemporaryDirectory directory;
+  GaldrineFileFixtures::makeDirectory(directory / "Taken.galdrine");
+  const auto taken = Writer::create(directory / "Taken.galdrine", {std::nullopt, ByteView(kRecoveryKey)}, settings());
+  ASSERT_FALSE(taken);
+  EXPECT_EQ(taken.error(),
+            Failure(GaldrineBackupPackageV1Failure(GaldrineBackupPackageV1Error::destinationAlreadyExists())));
+}
+
+TEST(GaldrineBackupPackageWriterV1, AWrittenSnapshotReadsBackThroughTheFormatsOwnReaders) {
+  const GaldrineTemporaryDirectory directory;
+  auto writer = createWithRecoveryKey(directory / "Library.galdrine");
+  GaldrineBackupSampleLibraryShapeV1 shape;
+  shape.photoCount = 5;
+  shape.videoCount = 2;  // 5,000 to 9,000 bytes: three to five chunks each
+  const auto library = GaldrineBackupSampleLibraryV1::make(shape);
+  const auto written = writer.writeCommit(library, {.writeConvenienceHead = true});
+  ASSERT_TRUE(written) << written.error().index();
+
+  // The commit and head files open as a reader discovers them, and make a single branch.
+  const ByteView packageIdentifier = writer.package().header().packageIdentifier();
+  const auto commit = GaldrineBackupGraphV1::openDiscoveredCommit(fileBytes(written->commitFile), written->commitIdentifier,
+                                                                 packageIdentifier, writer.libraryDomainIdentifier(),
+                                                                 writer.backupPackageMasterKey());
+  ASSERT_TRUE(commit);
+  EXPECT_EQ(*commit, written->commit);
+  ASSERT_TRUE(written->head);
+  const auto head = GaldrineBackupGraphV1::openDiscoveredHead(
+      fileBytes(written->head->file), written->head->head.head().identifier(), packageIdentifier,
+      writer.libraryDomainIdentifier(), writer.backupPackageMasterKey());
+  ASSERT_TRUE(head);
+  const auto scan = GaldrineBackupCommitGraphV1::scan(std::vector{*commit}, std::vector{*head});
+  ASSERT_TRUE(scan);
+  ASSERT_TRUE(scan->accessState.asWritable() && scan->accessState.asWritable()->canonicalTip);
+  EXPECT_EQ(scan->accessState.asWritable()->canonicalTip->reference(), commit->reference());
+  EXPECT_EQ(commit->commit().generation(), 0u);
+  EXPECT_FALSE(commit->commit().parent());
+  EXPECT_EQ(fileBytes(*written->convenienceHeadFile),
+            GaldrineByteText::bytes(GaldrineByteText::lowerHex(written->commitIdentifier) + "\n"));
+
+  // The manifest validates, and its summary is what the snapshot, root and commit carry.
+  const auto read = readBack(writer, commit->commit());
+  ASSERT_TRUE(read);
+  const auto summary = GaldrineBackupManifestRecordCodecV1::validateAndSummarize(
+      read->sections, packageIdentifier, writer.libraryDomainIdentifier(), writer.backupPackageMasterKey());
+  ASSERT_TRUE(summary);
+  EXPECT_EQ(summary->counts, read->snapshot.counts());
+  EXPECT_EQ(summary->logicalPlaintextByteCount, read->snapshot.logicalPlaintextByteCount());
+  EXPECT_EQ(summary->encryptedPayloadByteCount, read->snapshot.encryptedPayloadByteCount());
+  EXPECT_EQ(summary->requiredPayloadSetSHA256, read->snapshot.requiredPayloadSetSHA256());
+  EXPECT_EQ(summary->requiredPayloadSetSHA256, commit->commit().requiredPayloadSetSHA256());
+  EXPECT_EQ(read->root.createdAtUTCMilliseconds(), commit->commit().createdAtUTCMilliseconds());
+  EXPECT_EQ(read->snapshot.createdAtUTCMilliseconds(), commit->commit().createdAtUTCMilliseconds());
+  EXPECT_EQ(read->records, written->records);
+  EXPECT_EQ(*summary, written->summary);
+  EXPECT_EQ(summary->counts.itemCount(), 9u);
+  EXPECT_EQ(summary->counts.resourceCount(), 11u);
+  for (const auto& section : read->sections) {
+    EXPECT_LE(section.records().size(), 3u);
+    EXPECT_EQ(section.manifestIdentifier(), read->root.identifier());
+  }
+
+  // Every resource gives back its content byte for byte, packed or in several chunks.
+  const auto contents = expectedContents(library);
+  std::set<GaldrineBackupPayloadContainerKindV1> containers;
+  std::size_t multiChunkResources = 0;
+  for (const Record& record : read->records) {
+    const auto* resource = record.resource();
+    if (resource == nullptr) continue;
+    containers.insert(resource->parts().front().container());
+    multiChunkResources += resource->parts().size() > 1;
+    EXPECT_EQ(payloadOf(writer, read->records, *resource), contents.at(resource->identifier()));
+  }
+  EXPECT_EQ(containers.size(), 2u);
+  const auto beyondPackedLimit = std::ranges::count_if(contents, [](const auto& entry) { return entry.second.size() > 3000; });
+  EXPECT_GE(beyondPackedLimit, 2);  // both videos at least
+  EXPECT_EQ(multiChunkResources, static_cast<std::size_t>(beyondPackedLimit));
+
+  // Exactly the described files exist, and nothing stays behind in tmp.
+  std::set<fs::path> described{written->commitFile, written->snapshotFile, written->manifestRootFile,
+                               written->head->file, *written->convenienceHeadFile};
+  described.insert(written->sectionFiles.begin(), written->sectionFiles.end());
+  for (const auto& file : written->payloadFiles) {
+    EXPECT_TRUE(file.newlyWritten);
+    described.insert(file.path);
+  }
+  described.insert(writer.package().packageURL() / "format-header.cbor");
+  described.insert(writer.package().packageURL() / "key-envelopes.cbor");
+  EXPECT_EQ(filesUnder(writer.package().packageURL()), described);
+}
+
+TEST(GaldrineBackupPackageWriterV1, ALibraryTheManifestRefusesWritesNoFile) {
+  using RecordError = GaldrineBackupManifestRecordV1Error;
+  struct Case {
+    std::string_view name;
+    std::function<void(GaldrineBackupLibrarySnapshotV1&)> spoil;
+    Failure expected;
+  };
+  const Case cases[] = {
+      {"membership of an unknown album", [](auto& library) { library.memberships.front().albumIdentifier = {9}; },
+       RecordError::missingReference},
+      {"live photo without its video", [](auto& library) { library.items[5].resources.pop_back(); },
+       RecordError::invalidRelationship},
+      {"empty resource", [](auto& library) { library.items[0].resources[0].content = GaldrineBackupContentSourceV1(); },
+       RecordError::invalidValue},
+      {"tombstone of a live item", [](auto& library) { library.tombstones.front().itemIdentifier = library.items[0].identifier; },
+       RecordError::conflictingReference},
+      {"folders in a ring", [](auto& library) { library.folders[0].parentFolderIdentifier = library.folders[1].identifier; },
+       RecordError::invalidRelationship},
+      {"blank album name", [](auto& library) { library.albums[0].name = " "; }, RecordError::invalidText},
+      {"missing content file", [](auto& library) { library.items[0].resources[0].content = GaldrineBackupContentSourceV1::file("/nonexistent/x"); },
+       Error::contentUnavailable},
+  };
+  for (const Case& test : cases) {
+    const GaldrineTemporaryDirectory directory;
+    auto writer = createWithRecoveryKey(directory / "Library.galdrine");
+    auto library = GaldrineBackupSampleLibraryV1::make({});
+    test.spoil(library);
+    const auto written = writer.writeCommit(library);
+    ASSERT_FALSE(written) << test.name;
+    EXPECT_EQ(written.error(), test.expected) << test.name;
+    for (const char* name : {"packs", "objects", "manifests", "snapshots", "commits", "heads", "tmp"})
+      EXPECT_TRUE(namesIn(directory / "Library.galdrine" / name).empty()) << test.name << " " << name;
+  }
+}
+
+}  // namespace

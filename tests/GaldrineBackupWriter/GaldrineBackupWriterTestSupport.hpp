@@ -1,0 +1,165 @@
+#pragma once
+// Helpers of the writer's tests: reproducible settings with a layout small enough that a few
+// kilobytes make several segments, chunks and sections, and an independent read-back of what
+// was written, through the format's own readers only (never through the writer's code).
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "GaldrineBackupWriter/GaldrineBackupPackageWriterV1.hpp"
+#include "GaldrineBackupWriter/GaldrineBackupSampleLibraryV1.hpp"
+#include "GaldrineCryptoPrimitives/GaldrineBackupGraphV1.hpp"
+#include "GaldrineCryptoPrimitives/GaldrineBackupManifestRecordCodecV1.hpp"
+#include "GaldrineCryptoPrimitives/GaldrineBackupPayloadV1.hpp"
+#include "GaldrinePlatform/GaldrineBoundedFileRead.hpp"
+
+namespace GaldrineBackupWriterTestSupport {
+
+namespace fs = std::filesystem;
+using Writer = GaldrineBackupPackageWriterV1;
+using Failure = GaldrineBackupWriterV1Failure;
+using Error = GaldrineBackupWriterV1Error;
+using Record = GaldrineBackupManifestRecordV1;
+using Identifier = GaldrineBackupIdentifierV1;
+
+inline const Bytes kRecoveryKey = [] {
+  Bytes key(32);
+  for (std::size_t index = 0; index < key.size(); ++index) key[index] = static_cast<std::uint8_t>(0xA0 + index);
+  return key;
+}();
+
+// A layout in which 3,000 bytes are the largest packed resource, a segment holds at most three
+// entries or 8,000 bytes, a chunk is 2,048 bytes and a section holds at most three records.
+[[nodiscard]] inline GaldrineBackupPayloadLayoutV1 smallLayout() { return {3000, 8000, 3, 2048, 3}; }
+
+[[nodiscard]] inline GaldrineBackupWriterSettingsV1 settings(std::uint64_t seed = 7) {
+  GaldrineBackupWriterSettingsV1 settings;
+  settings.sources = GaldrineBackupWriterSourcesV1::deterministic(seed, 1700000000000);
+  settings.layout = smallLayout();
+  return settings;
+}
+
+[[nodiscard]] inline Writer createWithRecoveryKey(const fs::path& url, std::uint64_t seed = 7) {
+  auto writer = Writer::create(url, {std::nullopt, ByteView(kRecoveryKey)}, settings(seed));
+  if (!writer) {
+    ADD_FAILURE() << "create failed: " << writer.error().index();
+    std::abort();
+  }
+  return std::move(*writer);
+}
+
+[[nodiscard]] inline Bytes contentOf(const GaldrineBackupContentSourceV1& source) {
+  auto reader = GaldrineBackupContentReaderV1::open(source);
+  if (!reader) return {};
+  Bytes content(static_cast<std::size_t>(reader->byteCount()));
+  if (!reader->read(content) || !reader->finish()) return {};
+  return content;
+}
+
+// expectedContents maps every resource of `library` to the bytes its content gives.
+[[nodiscard]] inline std::map<Identifier, Bytes> expectedContents(const GaldrineBackupLibrarySnapshotV1& library) {
+  std::map<Identifier, Bytes> contents;
+  for (const auto& item : library.items) {
+    for (const auto& resource : item.resources) contents[resource.identifier] = contentOf(resource.content);
+  }
+  return contents;
+}
+
+[[nodiscard]] inline Bytes fileBytes(const fs::path& file) {
+  auto bytes = GaldrinePlatformFiles::readBoundedRegularFile(file, 0, 256 * 1024 * 1024);
+  return bytes ? std::move(*bytes) : Bytes{};
+}
+
+// ReadBack opens one commit's snapshot, manifest root and sections from disk against the
+// commit's references, and gives each resource's plaintext back from its payload files.
+struct ReadBack {
+  GaldrineBackupSnapshotV1 snapshot;
+  GaldrineBackupManifestRootV1 root;
+  std::vector<GaldrineBackupManifestSectionV1> sections;
+  std::vector<Record> records;
+};
+
+[[nodiscard]] inline std::optional<ReadBack> readBack(const Writer& writer, const GaldrineBackupCommitV1& commit) {
+  const auto& package = writer.package();
+  const ByteView packageIdentifier = package.header().packageIdentifier();
+  const ByteView domain = writer.libraryDomainIdentifier();
+  const ByteView bpmk = writer.backupPackageMasterKey();
+  const fs::path root = package.packageURL();
+  auto snapshot = GaldrineBackupGraphV1::openSnapshot(
+      fileBytes(root / "snapshots" / *GaldrineBackupGraphV1::snapshotFileName(commit.snapshot().identifier())),
+      commit.snapshot(), packageIdentifier, domain, bpmk);
+  if (!snapshot) return std::nullopt;
+  auto manifestRoot = GaldrineBackupGraphV1::openManifestRoot(
+      fileBytes(root / "manifests" / *GaldrineBackupGraphV1::manifestFileName(snapshot->manifest().identifier())),
+      snapshot->manifest(), packageIdentifier, domain, bpmk);
+  if (!manifestRoot) return std::nullopt;
+  ReadBack read{std::move(*snapshot), std::move(*manifestRoot), {}, {}};
+  for (const auto& reference : read.root.sections()) {
+    auto section = GaldrineBackupGraphV1::openManifestSection(
+        fileBytes(root / "manifests" / *GaldrineBackupGraphV1::manifestFileName(reference.artifact().identifier())),
+        reference, commit.manifestIdentifier(), packageIdentifier, domain, bpmk);
+    if (!section) return std::nullopt;
+    auto records = GaldrineBackupManifestRecordCodecV1::records(*section);
+    if (!records) return std::nullopt;
+    std::ranges::move(*records, std::back_inserter(read.records));
+    read.sections.push_back(std::move(*section));
+  }
+  return read;
+}
+
+// payloadOf opens the payload of `resource` with the key record the records hold for it.
+[[nodiscard]] inline std::optional<Bytes> payloadOf(const Writer& writer, std::span<const Record> records,
+                                                    const GaldrineBackupMediaResourceRecordV1& resource) {
+  const ByteView packageIdentifier = writer.package().header().packageIdentifier();
+  const ByteView domain = writer.libraryDomainIdentifier();
+  const auto key = std::ranges::find_if(records, [&](const Record& record) {
+    return record.payloadKey() != nullptr && record.payloadKey()->identifier() == resource.payloadKeyIdentifier();
+  });
+  if (key == records.end()) return std::nullopt;
+  auto payloadKey = GaldrineBackupManifestRecordCodecV1::unwrapPayloadKey(*key->payloadKey(), packageIdentifier, domain,
+                                                                         writer.backupPackageMasterKey());
+  if (!payloadKey) return std::nullopt;
+  const fs::path root = writer.package().packageURL();
+  Bytes plaintext;
+  for (const auto& part : resource.parts()) {
+    std::expected<Bytes, GaldrineBackupPayloadV1Error> piece = std::unexpected(GaldrineBackupPayloadV1Error::invalidArtifact());
+    if (part.container() == GaldrineBackupPayloadContainerKindV1::pack) {
+      piece = GaldrineBackupPayloadV1::openPackEntry(
+          resource.identifier(), root / "packs" / *GaldrineBackupPayloadV1::packSegmentFileName(part.artifactIdentifier()),
+          packageIdentifier, domain, *payloadKey);
+    } else {
+      const GaldrineBackupResourceChunkDescriptorV1 descriptor{
+          Bytes(part.artifactIdentifier().begin(), part.artifactIdentifier().end()), part.artifactOrdinal(),
+          part.artifactFileByteCount(), part.plaintextByteCount(), part.plaintextSHA256(), part.artifactFileSHA256()};
+      piece = GaldrineBackupPayloadV1::openResourceChunk(
+          root / "objects" / *GaldrineBackupPayloadV1::resourceChunkFileName(part.artifactIdentifier()), descriptor,
+          packageIdentifier, domain, *payloadKey);
+    }
+    if (!piece) return std::nullopt;
+    plaintext.insert(plaintext.end(), piece->begin(), piece->end());
+  }
+  return plaintext;
+}
+
+// namesIn lists a directory's entry names, sorted.
+[[nodiscard]] inline std::vector<std::string> namesIn(const fs::path& directory) {
+  std::vector<std::string> names;
+  for (const auto& entry : fs::directory_iterator(directory)) names.push_back(entry.path().filename().string());
+  std::ranges::sort(names);
+  return names;
+}
+
+[[nodiscard]] inline std::set<fs::path> filesUnder(const fs::path& directory) {
+  std::set<fs::path> files;
+  for (const auto& entry : fs::recursive_directory_iterator(directory)) {
+    if (!entry.is_directory()) files.insert(entry.path());
+  }
+  return files;
+}
+
+}  // namespace GaldrineBackupWriterTestSupport
