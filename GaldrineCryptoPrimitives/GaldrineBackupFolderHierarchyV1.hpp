@@ -1,0 +1,26 @@
+#pragma once
+// GaldrineBackupFolderHierarchyV1 judges the folders of a manifest together: every parent is a
+// folder, no chain of parents comes back to itself, and no chain holds more than 16 folders.
+
+#include <cstddef>
+#include <expected>
+
+#include "GaldrineCryptoPrimitives/GaldrineBackupAlbumFolderRecordV1.hpp"
+#include "GaldrineCryptoPrimitives/GaldrineBackupIdentifierV1.hpp"
+#include "GaldrineCryptoPrimitives/GaldrineBackupManifestRecordV1Error.hpp"
+#include "GaldrineCryptoPrimitives/GaldrineBackupRecordSetV1.hpp"
+
+using GaldrineBackupFolderSetV1 = GaldrineBackupRecordSetV1<GaldrineBackupIdentifierV1, GaldrineBackupAlbumFolderRecordV1>;
+
+namespace GaldrineBackupFolderHierarchyV1 {
+
+inline constexpr std::size_t maximumChainFolderCount = 16;
+
+// validateFolders walks each folder's chain of parents, in the set's order: a parent that is
+// not a folder is missingReference; meeting a folder twice in one walk (a cycle), or a chain of
+// more than 16 folders, is invalidRelationship. The depth of every folder found sound is
+// remembered, so each folder is walked once and a walk that reaches a known folder adds that
+// folder's depth: the verdict is the same in whatever order the folders are visited.
+[[nodiscard]] std::expected<void, GaldrineBackupManifestRecordV1Error> validateFolders(const GaldrineBackupFolderSetV1& folders);
+
+}  // namespace GaldrineBackupFolderHierarchyV1
