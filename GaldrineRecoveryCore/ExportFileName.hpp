@@ -4,8 +4,9 @@
 // read as structure, capped in length, given an extension that fits the resource's type, and
 // made unique among the names of one export, ignoring case and accents.
 //
-// Every name it gives is one path component: never empty, never "." or "..", free of "/",
-// "\" and control characters, with a stem and an extension that are both non-empty.
+// Every preferred name, and every collision-safe name made from one, is a single path
+// component: never empty, never "." or "..", free of "/", "\" and control characters, with a
+// stem and an extension that are both non-empty.
 
 #include <cstddef>
 #include <cstdint>

@@ -9,6 +9,7 @@
 
 #include "GaldrinePlatform/GaldrineUTF8.hpp"
 #include "GaldrinePlatform/GaldrineUnicodeScalars.hpp"
+#include "GaldrinePlatform/GaldrineUnicodeText.hpp"
 #include "GaldrineRecoveryCore/ExportTestRecords.hpp"
 
 namespace {
@@ -175,6 +176,17 @@ TEST(ExportFileName, CollisionAttemptsRunOutAsAResourceLimit) {
   ASSERT_FALSE(third.has_value());
   EXPECT_EQ(third.error(), Error::resourceLimitExceeded);
   EXPECT_EQ(*Exporter::collisionSafeName("a.jpg", 2, usedNames, nextSuffixByName), "a-3.jpg");
+}
+
+// ASCII names take a shorter road to their key; it must end where the text services end.
+TEST(ExportFileName, ComparisonKeyOfASCIIEqualsTheFullFolding) {
+  std::string every;
+  for (int character = 0; character < 0x80; ++character) every.push_back(static_cast<char>(character));
+  for (std::size_t start = 0; start < every.size(); start += 16) {
+    const std::string text = every.substr(start, 16) + "Photo.JPG";
+    EXPECT_EQ(*Exporter::comparisonKey(text), *GaldrineUnicodeText::caseAndDiacriticFolded(text)) << start;
+  }
+  EXPECT_EQ(*Exporter::comparisonKey("R\xC3\xA9sum\xC3\xA9.JPG"), "resume.jpg");
 }
 
 // Whatever names come, in whatever order, no two names given have one comparison key.
