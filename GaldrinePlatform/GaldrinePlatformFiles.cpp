@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <limits>
 
 namespace GaldrinePlatformFiles {
 
@@ -44,6 +45,12 @@ std::expected<void, GaldrinePlatformFileError> synchronizeFile(int descriptor) {
     if (errno != EINTR) return lastError();
   }
   return {};
+}
+
+void startWriteBack(int descriptor, std::uint64_t offset, std::uint64_t byteCount) noexcept {
+  constexpr auto largestOffset = static_cast<std::uint64_t>(std::numeric_limits<off_t>::max());
+  if (byteCount == 0 || offset > largestOffset || byteCount > largestOffset - offset) return;
+  ::sync_file_range(descriptor, static_cast<off_t>(offset), static_cast<off_t>(byteCount), SYNC_FILE_RANGE_WRITE);
 }
 
 std::expected<Bytes, GaldrinePlatformFileError> readUpTo(int descriptor, std::size_t maximumByteCount) {

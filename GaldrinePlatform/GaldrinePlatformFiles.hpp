@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <cstddef>
+#include <cstdint>
 #include <expected>
 #include <filesystem>
 
@@ -18,6 +19,12 @@ namespace GaldrinePlatformFiles {
 
 // synchronizeFile asks for the file's data and metadata to reach stable storage (fsync).
 [[nodiscard]] std::expected<void, GaldrinePlatformFileError> synchronizeFile(int descriptor);
+
+// startWriteBack asks the kernel to begin writing `byteCount` bytes of the file from `offset`
+// to its device, without waiting for them (sync_file_range with SYNC_FILE_RANGE_WRITE). It is
+// only a hint that leaves less for a later synchronizeFile to wait for: it promises no
+// durability, and a file system that refuses it loses nothing, so it reports no failure.
+void startWriteBack(int descriptor, std::uint64_t offset, std::uint64_t byteCount) noexcept;
 
 // readUpTo reads until end of file or until `maximumByteCount` bytes are held, whichever comes
 // first. Memory grows with what is read, never past the bound. A caller that must refuse a

@@ -2,10 +2,12 @@
 
 #include <nlohmann/json.hpp>
 
+#include "GaldrinePlatform/GaldrineJSONText.hpp"
+
 namespace {
 
-// nlohmann's default object is a std::map, so keys come out sorted by their bytes at every
-// level; it never escapes "/".
+// Documents are built as nlohmann values and written by GaldrineJSONText, which sorts keys at
+// every level and leaves "/" unescaped.
 using JSON = nlohmann::json;
 
 JSON toJSON(const CountsDocument& counts) {
@@ -69,15 +71,10 @@ JSON toJSON(const ExportDocument& document) {
 }
 
 std::expected<GaldrineRecoveryToolExecutionV1, RecoveryToolDocumentEncodingError> successWith(const JSON& json) {
-  std::string text;
-  try {
-    // Strict: a text that is not UTF-8 fails the document instead of being altered.
-    text = json.dump(2, ' ', false, JSON::error_handler_t::strict);
-  } catch (const JSON::exception&) {
-    return std::unexpected(RecoveryToolDocumentEncodingError::encodingFailed);
-  }
-  text.push_back('\n');
-  return GaldrineRecoveryToolExecutionV1{0, GaldrineByteText::bytes(text), {}};
+  auto text = GaldrineJSONText::encoded(json);
+  if (!text) return std::unexpected(RecoveryToolDocumentEncodingError::encodingFailed);
+  text->push_back('\n');
+  return GaldrineRecoveryToolExecutionV1{0, GaldrineByteText::bytes(*text), {}};
 }
 
 }  // namespace

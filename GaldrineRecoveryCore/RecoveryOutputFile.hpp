@@ -1,0 +1,78 @@
+#pragma once
+// RecoveryOutputFile is the one way the exporter puts bytes on disk. It creates a new file
+// where nothing stands, hashes every byte as it writes it, and at finish proves the count and
+// the digest against what the caller expected before it makes the file durable. A file that
+// is not finished removes itself: on abort, on any failure, and when the object is destroyed.
+//
+// One object serves one file on one thread. It is move-only; a moved-from object owns nothing
+// and removes nothing.
+
+#include <sys/types.h>
+
+#include <cstdint>
+#include <expected>
+#include <filesystem>
+#include <optional>
+
+#include "GaldrinePlatform/GaldrineBytes.hpp"
+#include "GaldrinePlatform/GaldrineFileDescriptor.hpp"
+#include "GaldrinePlatform/GaldrinePlatformSHA256.hpp"
+#include "GaldrineRecoveryCore/GaldrineRecoveryExporterV1Error.hpp"
+
+namespace GaldrineRecoveryExporterV1 {
+
+class RecoveryOutputFile {
+ public:
+  // create makes the file at `url` with permissions 0600, never following a symbolic link and
+  // never replacing anything: whatever stands there, a dangling link included, is left alone
+  // and the call fails with outputWriteFailed.
+  [[nodiscard]] static std::expected<RecoveryOutputFile, GaldrineRecoveryExporterV1Error> create(
+      const std::filesystem::path& url);
+
+  ~RecoveryOutputFile() { abort(); }
+  RecoveryOutputFile(RecoveryOutputFile&& other) noexcept;
+  RecoveryOutputFile& operator=(RecoveryOutputFile&& other) noexcept;
+  RecoveryOutputFile(const RecoveryOutputFile&) = delete;
+  RecoveryOutputFile& operator=(const RecoveryOutputFile&) = delete;
+
+  // append writes all of `data` straight from the caller's buffer, resuming after short writes
+  // and interruptions, and hashes it. A count past 2^64 - 1, a write error, a write that takes
+  // nothing, or a file already finished or aborted fails with outputWriteFailed; the file is
+  // then aborted, so every later call fails too.
+  [[nodiscard]] std::expected<void, GaldrineRecoveryExporterV1Error> append(ByteView data);
+
+  // finish compares the bytes written with `expectedByteCount` and `expectedSHA256`. If either
+  // differs, the file is aborted and nothing is given: that is a result, not a failure. If both
+  // agree, the file is synchronised to stable storage, checked to be a regular file of that
+  // size, and closed; then it stays for good and its digest is given. A file already finished
+  // or aborted, or a failure of those steps, is outputWriteFailed, and a failed file is aborted.
+  [[nodiscard]] std::expected<std::optional<GaldrineSHA256Digest>, GaldrineRecoveryExporterV1Error> finish(
+      std::uint64_t expectedByteCount, ByteView expectedSHA256);
+
+  // abort closes the file if it is open and, unless finish succeeded, removes it, provided the
+  // name still leads to the file this object created. A failure to remove is ignored.
+  void abort() noexcept;
+
+  [[nodiscard]] const std::filesystem::path& url() const { return url_; }
+  [[nodiscard]] std::uint64_t byteCount() const { return byteCount_; }
+  [[nodiscard]] bool isCompleted() const { return completed_; }
+
+ private:
+  RecoveryOutputFile(std::filesystem::path url, GaldrineFileDescriptor descriptor, dev_t device, ino_t inode)
+      : url_(std::move(url)), descriptor_(std::move(descriptor)), device_(device), inode_(inode) {}
+
+  [[nodiscard]] std::expected<void, GaldrineRecoveryExporterV1Error> writeAndHash(ByteView data);
+  [[nodiscard]] std::expected<void, GaldrineRecoveryExporterV1Error> makeDurable();
+  void removeIfStillOurs() const noexcept;
+
+  std::filesystem::path url_;
+  GaldrineFileDescriptor descriptor_;
+  dev_t device_ = 0;
+  ino_t inode_ = 0;
+  std::uint64_t byteCount_ = 0;
+  GaldrinePlatformSHA256::Hasher hasher_;
+  bool completed_ = false;
+  bool owned_ = true;  // false once moved from: nothing of the file is this object's any more
+};
+
+}  // namespace GaldrineRecoveryExporterV1

@@ -1,0 +1,49 @@
+#include "GaldrineRecoveryCore/ResourcePlan.hpp"
+
+#include <algorithm>
+#include <cstdint>
+
+#include "GaldrineRecoveryCore/ExportFileName.hpp"
+
+namespace GaldrineRecoveryExporterV1 {
+
+namespace {
+
+using Error = GaldrineRecoveryExporterV1Error;
+
+// resourceWithIdentifier finds a resource by binary search: the model's resources are sorted by
+// identifier, so they serve as their own index.
+[[nodiscard]] const GaldrineBackupMediaResourceRecordV1* resourceWithIdentifier(const ExportModel& model,
+                                                                                const GaldrineBackupIdentifierV1& identifier) {
+  const auto found = std::ranges::lower_bound(model.resources, identifier, {}, &GaldrineBackupMediaResourceRecordV1::identifier);
+  if (found == model.resources.end() || found->identifier() != identifier) return nullptr;
+  return &*found;
+}
+
+}  // namespace
+
+std::expected<std::vector<PlannedResource>, Error> resourcePlan(const ExportModel& model) {
+  const std::uint64_t maximumAttempts = static_cast<std::uint64_t>(model.resources.size()) + 1;
+  UsedNames usedNames;
+  NextSuffixByName nextSuffixByName;
+  std::vector<PlannedResource> plan;
+  plan.reserve(model.resources.size());
+  for (const GaldrineBackupMediaItemRecordV1& item : model.items) {
+    const bool hasMultipleResources = item.resourceIdentifiers().size() >= 2;
+    for (const GaldrineBackupIdentifierV1& identifier : item.resourceIdentifiers()) {
+      const GaldrineBackupMediaResourceRecordV1* resource = resourceWithIdentifier(model, identifier);
+      if (resource == nullptr || resource->itemIdentifier() != item.identifier()) {
+        return std::unexpected(Error::integrityFailure);
+      }
+      const auto preferred = preferredFilename(item, *resource, hasMultipleResources);
+      if (!preferred) return std::unexpected(preferred.error());
+      const auto name = collisionSafeName(*preferred, maximumAttempts, usedNames, nextSuffixByName);
+      if (!name) return std::unexpected(name.error());
+      plan.push_back({&item, resource, std::string(allItemsDirectoryName) + "/" + *name});
+    }
+  }
+  if (plan.size() != model.resources.size()) return std::unexpected(Error::integrityFailure);
+  return plan;
+}
+
+}  // namespace GaldrineRecoveryExporterV1

@@ -1,0 +1,91 @@
+#include "GaldrineRecoveryCore/ExportModel.hpp"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "GaldrineRecoveryCore/ExportTestRecords.hpp"
+
+namespace {
+
+namespace Exporter = GaldrineRecoveryExporterV1;
+namespace Records = GaldrineManifestTestRecords;
+using Error = GaldrineRecoveryExporterV1Error;
+
+GaldrineBackupManifestRecordV1 payloadKey(std::uint64_t number) {
+  return Records::made(GaldrineBackupPayloadKeyRecordV1::make(
+      Records::payloadKeyFields(number, GaldrineBackupPayloadKeyScopeV1::pack, 800)));
+}
+
+GaldrineBackupManifestRecordV1 membership(std::uint64_t album, std::uint64_t item) {
+  return Records::made(GaldrineBackupAlbumMembershipRecordV1::make(Records::membershipFields(album, item)));
+}
+
+GaldrineBackupIdentifierV1 identifier(std::uint64_t number) { return *GaldrineFixedBytes::identifier(Records::identifier(number)); }
+
+TEST(ExportModel, SortsEveryListByIdentifierAndKeepsTheOrderOfEqualKeys) {
+  const std::vector<GaldrineBackupManifestRecordV1> records = {
+      ExportTestRecords::item(3, "c.jpg", {30}),
+      ExportTestRecords::item(2, "first.jpg", {20}),
+      ExportTestRecords::resource(30, 3),
+      ExportTestRecords::item(1, "a.jpg", {10}),
+      ExportTestRecords::item(2, "second.jpg", {21}),
+      ExportTestRecords::resource(10, 1),
+      payloadKey(901),
+      membership(2, 1),
+      membership(1, 2),
+      membership(1, 1),
+      Records::made(GaldrineBackupTombstoneRecordV1::make(Records::tombstoneFields(5, Records::identifiers({})))),
+      Records::made(GaldrineBackupTombstoneRecordV1::make(Records::tombstoneFields(4, Records::identifiers({50})))),
+      Records::made(GaldrineBackupAlbumRecordV1::make(Records::albumFields(8, std::nullopt, std::nullopt))),
+      Records::made(GaldrineBackupAlbumRecordV1::make(Records::albumFields(7, std::nullopt, 1))),
+      Records::made(GaldrineBackupAlbumFolderRecordV1::make(Records::folderFields(61, std::nullopt))),
+      Records::made(GaldrineBackupAlbumFolderRecordV1::make(Records::folderFields(60, 61))),
+      payloadKey(900),
+  };
+  const auto model = Exporter::exportModel(records);
+  ASSERT_TRUE(model.has_value());
+
+  std::vector<std::string> itemNames;
+  for (const auto& item : model->items) itemNames.push_back(item.originalFilename());
+  EXPECT_EQ(itemNames, (std::vector<std::string>{"a.jpg", "first.jpg", "second.jpg", "c.jpg"}));
+  ASSERT_EQ(model->resources.size(), 2u);
+  EXPECT_EQ(model->resources[0].identifier(), identifier(10));
+  ASSERT_EQ(model->memberships.size(), 3u);
+  EXPECT_EQ(model->memberships[0].albumIdentifier(), identifier(1));
+  EXPECT_EQ(model->memberships[0].itemIdentifier(), identifier(1));
+  EXPECT_EQ(model->memberships[1].itemIdentifier(), identifier(2));
+  EXPECT_EQ(model->memberships[2].albumIdentifier(), identifier(2));
+  EXPECT_EQ(model->tombstones.front().itemIdentifier(), identifier(4));
+  EXPECT_EQ(model->albums.front().identifier(), identifier(7));
+  EXPECT_EQ(model->folders.front().identifier(), identifier(60));
+  EXPECT_EQ(model->payloadKeys.size(), 2u);
+  EXPECT_TRUE(model->payloadKeys.contains(identifier(900)));
+}
+
+TEST(ExportModel, ARepeatedPayloadKeyIsAnIntegrityFailure) {
+  const std::vector<GaldrineBackupManifestRecordV1> records = {payloadKey(900), ExportTestRecords::item(1, "a.jpg", {10}),
+                                                               payloadKey(900)};
+  const auto model = Exporter::exportModel(records);
+  ASSERT_FALSE(model.has_value());
+  EXPECT_EQ(model.error(), Error::integrityFailure);
+}
+
+// One vector of memberships, the smallest record, serves the three sides of the limit.
+TEST(ExportModel, RecordCountLimitComesAfterTheRepeatedKeyCheck) {
+  std::vector<GaldrineBackupManifestRecordV1> records(Exporter::ExportModel::maximumRecordCount + 1, membership(1, 2));
+  const std::span<const GaldrineBackupManifestRecordV1> all(records);
+
+  EXPECT_TRUE(Exporter::exportModel(all.first(Exporter::ExportModel::maximumRecordCount)).has_value());
+  const auto tooMany = Exporter::exportModel(all);
+  ASSERT_FALSE(tooMany.has_value());
+  EXPECT_EQ(tooMany.error(), Error::resourceLimitExceeded);
+
+  records[0] = payloadKey(900);
+  records.back() = payloadKey(900);
+  const auto repeated = Exporter::exportModel(records);
+  ASSERT_FALSE(repeated.has_value());
+  EXPECT_EQ(repeated.error(), Error::integrityFailure);
+}
+
+}  // namespace

@@ -1,0 +1,185 @@
+#include "GaldrineRecoveryCore/RecoveryOutputFile.hpp"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <functional>
+#include <random>
+#include <string>
+
+#include "Support/GaldrineFileFixtures.hpp"
+#include "Support/GaldrineOpenDescriptorCount.hpp"
+#include "Support/GaldrineTemporaryDirectory.hpp"
+
+namespace {
+
+namespace fs = std::filesystem;
+using GaldrineRecoveryExporterV1::RecoveryOutputFile;
+using Error = GaldrineRecoveryExporterV1Error;
+
+Bytes patterned(std::size_t byteCount, std::uint8_t seed) {
+  Bytes bytes(byteCount);
+  for (std::size_t index = 0; index < byteCount; ++index) bytes[index] = static_cast<std::uint8_t>(index * 31 + seed);
+  return bytes;
+}
+
+RecoveryOutputFile created(const fs::path& url) {
+  auto file = RecoveryOutputFile::create(url);
+  EXPECT_TRUE(file.has_value());
+  return std::move(*file);
+}
+
+struct OccupiedPathCase {
+  std::string name;
+  std::function<void(const GaldrineTemporaryDirectory&)> occupy;
+  std::function<void(const GaldrineTemporaryDirectory&)> expectUntouched;
+};
+
+TEST(RecoveryOutputFile, RefusesAnyPathWhereSomethingStandsAndLeavesItAlone) {
+  const OccupiedPathCase cases[] = {
+      {"regular file", [](const auto& d) { GaldrineFileFixtures::writeFile(d / "out", "theirs"); },
+       [](const auto& d) { EXPECT_EQ(GaldrineFileFixtures::readFile(d / "out"), GaldrineByteText::bytes("theirs")); }},
+      {"directory", [](const auto& d) { GaldrineFileFixtures::makeDirectory(d / "out"); },
+       [](const auto& d) { EXPECT_TRUE(fs::is_directory(fs::symlink_status(d / "out"))); }},
+      {"link to a file", [](const auto& d) {
+         GaldrineFileFixtures::writeFile(d / "target", "kept");
+         GaldrineFileFixtures::makeSymbolicLink(d / "target", d / "out");
+       },
+       [](const auto& d) {
+         EXPECT_TRUE(fs::is_symlink(d / "out"));
+         EXPECT_EQ(GaldrineFileFixtures::readFile(d / "target"), GaldrineByteText::bytes("kept"));
+       }},
+      {"dangling link", [](const auto& d) { GaldrineFileFixtures::makeSymbolicLink(d / "nowhere", d / "out"); },
+       [](const auto& d) {
+         EXPECT_TRUE(fs::is_symlink(d / "out"));
+         EXPECT_FALSE(fs::exists(d / "nowhere"));
+       }},
+  };
+  for (const auto& testCase : cases) {
+    SCOPED_TRACE(testCase.name);
+    const GaldrineTemporaryDirectory directory;
+    testCase.occupy(directory);
+    const auto file = RecoveryOutputFile::create(directory / "out");
+    ASSERT_FALSE(file.has_value());
+    EXPECT_EQ(file.error(), Error::outputWriteFailed);
+    testCase.expectUntouched(directory);
+  }
+  const GaldrineTemporaryDirectory directory;
+  EXPECT_FALSE(RecoveryOutputFile::create(directory / "missing" / "out").has_value());
+}
+
+TEST(RecoveryOutputFile, FinishedFileHoldsEveryPieceAndItsDigestWithPrivatePermissions) {
+  // Pieces around the hashing slice of 1 MiB: empty, small, exactly one slice, and one byte past.
+  std::mt19937 random(7);
+  for (int round = 0; round < 4; ++round) {
+    const GaldrineTemporaryDirectory directory;
+    const std::size_t descriptorsBefore = openDescriptorCount();
+    auto file = created(directory / "out");
+    Bytes all;
+    for (const std::size_t byteCount : {std::size_t{0}, std::size_t{1} + random() % 5000, std::size_t{1} << 20,
+                                        (std::size_t{1} << 20) + 1 + random() % 3}) {
+      const Bytes piece = patterned(byteCount, static_cast<std::uint8_t>(round));
+      ASSERT_TRUE(file.append(piece).has_value());
+      all.insert(all.end(), piece.begin(), piece.end());
+    }
+    const auto digest = GaldrinePlatformSHA256::digest(all);
+    const auto finished = file.finish(all.size(), digest);
+    ASSERT_TRUE(finished.has_value());
+    ASSERT_TRUE(finished->has_value());
+    EXPECT_EQ(**finished, digest);
+    EXPECT_TRUE(file.isCompleted());
+    EXPECT_EQ(openDescriptorCount(), descriptorsBefore);
+    file.abort();  // after a finish, abort keeps the file
+    EXPECT_EQ(GaldrineFileFixtures::readFile(directory / "out"), all);
+    struct stat status{};
+    ASSERT_EQ(::lstat((directory / "out").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, 0600u);
+  }
+}
+
+TEST(RecoveryOutputFile, EmptyFileFinishesWithTheDigestOfNothing) {
+  const GaldrineTemporaryDirectory directory;
+  {
+    auto file = created(directory / "empty");
+    const auto finished = file.finish(0, GaldrinePlatformSHA256::digest({}));
+    ASSERT_TRUE(finished.has_value());
+    EXPECT_TRUE(finished->has_value());
+  }
+  EXPECT_TRUE(fs::exists(directory / "empty"));
+  EXPECT_EQ(fs::file_size(directory / "empty"), 0u);
+}
+
+TEST(RecoveryOutputFile, MismatchGivesNothingAndLeavesNoFile) {
+  const Bytes bytes = patterned(1000, 3);
+  const auto digest = GaldrinePlatformSHA256::digest(bytes);
+  Bytes otherDigest(digest.begin(), digest.end());
+  otherDigest[31] ^= 1;
+  struct Case {
+    std::string name;
+    std::uint64_t byteCount;
+    Bytes digest;
+  };
+  const Case cases[] = {{"count", 999, Bytes(digest.begin(), digest.end())},
+                        {"digest", 1000, otherDigest},
+                        {"digest length", 1000, Bytes(digest.begin(), digest.begin() + 31)}};
+  for (const auto& testCase : cases) {
+    SCOPED_TRACE(testCase.name);
+    const GaldrineTemporaryDirectory directory;
+    auto file = created(directory / "out");
+    ASSERT_TRUE(file.append(bytes).has_value());
+    const auto finished = file.finish(testCase.byteCount, testCase.digest);
+    ASSERT_TRUE(finished.has_value());
+    EXPECT_FALSE(finished->has_value());
+    EXPECT_FALSE(fs::exists(fs::symlink_status(directory / "out")));
+    // The file is gone for good: nothing more can be written or finished.
+    EXPECT_EQ(file.append(bytes).error(), Error::outputWriteFailed);
+    EXPECT_EQ(file.finish(1000, digest).error(), Error::outputWriteFailed);
+  }
+}
+
+TEST(RecoveryOutputFile, AnUnfinishedFileRemovesItselfButNeverWhatTookItsName) {
+  const GaldrineTemporaryDirectory directory;
+  {
+    auto file = created(directory / "released");
+    ASSERT_TRUE(file.append(patterned(10, 1)).has_value());
+  }
+  EXPECT_FALSE(fs::exists(directory / "released"));
+
+  {
+    auto file = created(directory / "aborted");
+    file.abort();
+    EXPECT_FALSE(fs::exists(directory / "aborted"));
+    EXPECT_EQ(file.finish(0, GaldrinePlatformSHA256::digest({})).error(), Error::outputWriteFailed);
+  }
+
+  {
+    auto file = created(directory / "replaced");
+    fs::remove(directory / "replaced");
+    GaldrineFileFixtures::writeFile(directory / "replaced", "someone else's");
+  }
+  EXPECT_EQ(GaldrineFileFixtures::readFile(directory / "replaced"), GaldrineByteText::bytes("someone else's"));
+
+  {
+    auto first = created(directory / "moved");
+    RecoveryOutputFile second = std::move(first);
+    { RecoveryOutputFile dropped = std::move(first); }  // owns nothing, removes nothing
+    EXPECT_TRUE(fs::exists(directory / "moved"));
+  }
+  EXPECT_FALSE(fs::exists(directory / "moved"));
+}
+
+TEST(RecoveryOutputFile, FailedWriteAbortsTheFile) {
+  const GaldrineTemporaryDirectory directory;
+  auto file = created(directory / "out");
+  {
+    const GaldrineFileFixtures::LimitedFileSize limit(100);
+    const auto appended = file.append(patterned(101, 5));
+    ASSERT_FALSE(appended.has_value());
+    EXPECT_EQ(appended.error(), Error::outputWriteFailed);
+  }
+  EXPECT_FALSE(fs::exists(directory / "out"));
+  EXPECT_EQ(file.finish(0, GaldrinePlatformSHA256::digest({})).error(), Error::outputWriteFailed);
+}
+
+}  // namespace
