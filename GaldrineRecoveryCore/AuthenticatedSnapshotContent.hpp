@@ -1,0 +1,26 @@
+#pragma once
+// AuthenticatedSnapshotContent is what authenticating one snapshot proved, kept in the
+// snapshot cache so that other commits of the same snapshot need no second read: the
+// snapshot's reference as the first commit named it, the snapshot, its payload expectations,
+// and its records if the operation keeps them. The expectations and records are shared with
+// the contents built from them rather than copied.
+
+#include <map>
+#include <memory>
+#include <vector>
+
+#include "GaldrineCryptoPrimitives/GaldrineBackupArtifactReferenceV1.hpp"
+#include "GaldrineCryptoPrimitives/GaldrineBackupManifestRecordV1.hpp"
+#include "GaldrineCryptoPrimitives/GaldrineBackupSnapshotV1.hpp"
+#include "GaldrinePlatform/GaldrineBytes.hpp"
+#include "GaldrineRecoveryCore/PayloadExpectation.hpp"
+
+struct AuthenticatedSnapshotContent {
+  GaldrineBackupArtifactReferenceV1 reference;
+  GaldrineBackupSnapshotV1 snapshot;
+  std::shared_ptr<const PayloadExpectationMap> payloadExpectations;
+  std::shared_ptr<std::vector<GaldrineBackupManifestRecordV1>> retainedRecords;  // null unless records are kept
+};
+
+// SnapshotCache holds the authenticated snapshots of one operation by snapshot identifier.
+using SnapshotCache = std::map<Bytes, AuthenticatedSnapshotContent>;

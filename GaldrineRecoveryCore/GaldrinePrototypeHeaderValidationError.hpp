@@ -1,0 +1,23 @@
+#pragma once
+// GaldrinePrototypeHeaderValidationError is why a draft header was refused. Cases stand in
+// contract order; unsupportedVersion carries the version found.
+
+#include <cstdint>
+
+struct GaldrinePrototypeHeaderValidationError {
+  enum class Code : std::uint8_t {
+    unsupportedVersion,  // payload: the version found
+    invalidMagic,
+  };
+
+  Code code;
+  std::int64_t version = 0;  // zero for invalidMagic
+
+  static constexpr GaldrinePrototypeHeaderValidationError unsupportedVersion(std::int64_t version) {
+    return {Code::unsupportedVersion, version};
+  }
+  static constexpr GaldrinePrototypeHeaderValidationError invalidMagic() { return {Code::invalidMagic}; }
+
+  friend constexpr bool operator==(const GaldrinePrototypeHeaderValidationError&,
+                                   const GaldrinePrototypeHeaderValidationError&) = default;
+};

@@ -1,0 +1,211 @@
+#include "GaldrineRecoveryCore/GaldrineRecoveryPackageInspectorV1.hpp"
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "GaldrineCore/GaldrineBackupFormatV1.hpp"
+#include "GaldrineCryptoPrimitives/GaldrineBackupCommitGraphV1.hpp"
+#include "GaldrineCryptoSupport/GaldrineSecureMemory.hpp"
+#include "GaldrinePlatform/GaldrineScopeGuard.hpp"
+#include "GaldrineRecoveryCore/AuthenticationBudget.hpp"
+#include "GaldrineRecoveryCore/BranchLineage.hpp"
+#include "GaldrineRecoveryCore/ContentAuthentication.hpp"
+#include "GaldrineRecoveryCore/GraphArtifactDiscovery.hpp"
+#include "GaldrineRecoveryCore/InspectorErrorTranslation.hpp"
+#include "GaldrineRecoveryCore/PayloadFileEvidence.hpp"
+#include "GaldrineRecoveryCore/PayloadObservation.hpp"
+
+namespace {
+
+using Error = GaldrineRecoveryPackageInspectorV1Error;
+using Inspection = GaldrineRecoveryPackageInspectionV1;
+using Reader = GaldrineBackupKeyEnvelopeSetReaderV1;
+using Factor = GaldrineRecoveryPortableFactorV1;
+using Limits = GaldrineRecoveryInspectionLimitsV1;
+using Preflight = GaldrineRecoverySnapshotPreflightV1;
+using Disposition = GaldrineRecoveryBranchDispositionV1;
+using Scan = GaldrineBackupCommitGraphScanV1;
+using ContentMap = std::map<Bytes, AuthenticatedContent>;
+
+[[nodiscard]] AuthenticationScope scopeOf(const Reader& reader, ByteView bpmk) {
+  return {reader.package(), reader.envelopeSet().libraryDomainIdentifier(), bpmk};
+}
+
+// unlocked runs `unlock` on a freshly opened reader and then inspects; the bpmk it unlocked
+// is wiped on every way out.
+template <typename Unlock>
+[[nodiscard]] std::expected<Inspection, Error> inspectUnlocked(const std::filesystem::path& packageURL, Factor factor,
+                                                               const Limits& limits, Unlock unlock) {
+  const auto reader = GaldrineRecoveryPackageInspectorV1::openEnvelopeReader(packageURL);
+  if (!reader) return std::unexpected(reader.error());
+  auto bpmk = unlock(*reader);
+  if (!bpmk) return std::unexpected(Error::unlockFailed);
+  GaldrineScopeGuard wipeKey{[&] { GaldrineSecureMemory::wipe(*bpmk); }};
+  return GaldrineRecoveryPackageInspectorV1::inspect(*reader, *bpmk, factor, limits);
+}
+
+// AuthenticatedGraph is every commit's content and the payload files they require together.
+struct AuthenticatedGraph {
+  ContentMap contents;
+  PayloadExpectationMap expectations;
+};
+
+[[nodiscard]] std::expected<AuthenticatedGraph, Error> authenticateCommits(
+    const std::vector<GaldrineAuthenticatedBackupCommitV1>& commits, const AuthenticationScope& scope, const Limits& limits) {
+  AuthenticationBudget budget(limits);
+  SnapshotCache cache;
+  AuthenticatedGraph graph;
+  std::set<Bytes> seenSnapshots;
+  for (const auto& commit : commits) {
+    auto content = ContentAuthentication::authenticateContent(commit, scope, false, cache, budget);
+    if (!content) return std::unexpected(content.error());
+    const auto expectations = content->payloadExpectations;
+    const Bytes snapshotIdentifier = content->snapshot.identifier();
+    if (!graph.contents.try_emplace(commit.commit().identifier(), std::move(*content)).second) {
+      return std::unexpected(Error::integrityFailure);
+    }
+    if (!seenSnapshots.insert(snapshotIdentifier).second) continue;
+    const auto merged = PayloadExpectations::merge(graph.expectations, *expectations);
+    if (!merged) return std::unexpected(merged.error());
+  }
+  return graph;
+}
+
+[[nodiscard]] Preflight preflightOf(const AuthenticatedContent& content, bool isRetainedTip,
+                                    const GaldrineRecoveryPayloadFileEvidenceV1& evidence) {
+  const auto& commit = content.authenticatedCommit.commit();
+  const auto& snapshot = content.snapshot;
+  return Preflight{commit.identifier(),     snapshot.identifier(),         commit.createdAtUTCMilliseconds(),
+                   commit.writerEpoch(),    commit.generation(),           isRetainedTip,
+                   snapshot.counts(),       snapshot.logicalPlaintextByteCount(), snapshot.encryptedPayloadByteCount(),
+                   evidence};
+}
+
+// preflightsOf gives each commit its preflight, computing the evidence once per snapshot.
+[[nodiscard]] std::map<Bytes, Preflight> preflightsOf(const ContentMap& contents, const PayloadObservationMap& observations,
+                                                      const std::set<Bytes>& retainedTips) {
+  std::map<Bytes, GaldrineRecoveryPayloadFileEvidenceV1> evidenceBySnapshot;
+  std::map<Bytes, Preflight> preflights;
+  for (const auto& [commitIdentifier, content] : contents) {
+    auto evidence = evidenceBySnapshot.find(content.snapshot.identifier());
+    if (evidence == evidenceBySnapshot.end()) {
+      evidence = evidenceBySnapshot
+                     .emplace(content.snapshot.identifier(), payloadFileEvidence(*content.payloadExpectations, observations))
+                     .first;
+    }
+    preflights.emplace(commitIdentifier, preflightOf(content, retainedTips.contains(commitIdentifier), evidence->second));
+  }
+  return preflights;
+}
+
+[[nodiscard]] Disposition dispositionOf(const Scan& scan) {
+  const auto* writable = scan.accessState.asWritable();
+  if (writable == nullptr) return Disposition::unresolvedFork();
+  if (!writable->canonicalTip) return Disposition::noPublishedHead();
+  if (scan.retainedTips.size() == 1) return Disposition::singleBranch();
+  return Disposition::canonicalizedBranches(writable->canonicalTip->reference().identifier());
+}
+
+[[nodiscard]] std::expected<std::vector<GaldrineRecoveryPreservedBranchV1>, Error> preservedBranchesOf(
+    const Scan& scan, const ContentMap& contents, const std::map<Bytes, Preflight>& preflights) {
+  std::vector<GaldrineRecoveryPreservedBranchV1> branches;
+  branches.reserve(scan.retainedTips.size());
+  for (const auto& tip : scan.retainedTips) {
+    const Bytes& tipIdentifier = tip.reference().identifier();
+    auto lineage = branchLineage(tipIdentifier, contents, preflights);
+    if (!lineage) return std::unexpected(lineage.error());
+    branches.push_back({tipIdentifier, std::move(*lineage)});
+  }
+  return branches;
+}
+
+}  // namespace
+
+namespace GaldrineRecoveryPackageInspectorV1 {
+
+std::expected<Inspection, Error> inspectWithBackupPassphrase(const std::filesystem::path& packageURL, ByteView passphrase) {
+  return inspectWithBackupPassphrase(packageURL, passphrase, Limits{});
+}
+
+std::expected<Inspection, Error> inspectWithBackupPassphrase(const std::filesystem::path& packageURL, ByteView passphrase,
+                                                             const Limits& limits) {
+  return inspectUnlocked(packageURL, Factor::backupPassphrase, limits,
+                         [&](const Reader& reader) { return reader.openWithBackupPassphrase(passphrase); });
+}
+
+std::expected<Inspection, Error> inspectWithRecoveryKey(const std::filesystem::path& packageURL, ByteView recoveryKey) {
+  return inspectWithRecoveryKey(packageURL, recoveryKey, Limits{});
+}
+
+std::expected<Inspection, Error> inspectWithRecoveryKey(const std::filesystem::path& packageURL, ByteView recoveryKey,
+                                                        const Limits& limits) {
+  return inspectUnlocked(packageURL, Factor::recoveryKey, limits,
+                         [&](const Reader& reader) { return reader.openWithRecoveryKey(recoveryKey); });
+}
+
+std::expected<Reader, Error> openEnvelopeReader(const std::filesystem::path& packageURL) {
+  auto reader = Reader::open(packageURL);
+  if (!reader) return std::unexpected(Error::invalidPackage);
+  return std::move(*reader);
+}
+
+std::expected<Inspection, Error> inspect(const Reader& reader, ByteView bpmk, Factor factor, const Limits& limits,
+                                         const GaldrineRecoveryPayloadReadObserverV1& observer) {
+  const AuthenticationScope scope = scopeOf(reader, bpmk);
+  const auto commits = GraphArtifactDiscovery::discoverCommits(scope);
+  if (!commits) return std::unexpected(commits.error());
+  const auto heads = GraphArtifactDiscovery::discoverHeads(scope);
+  if (!heads) return std::unexpected(heads.error());
+  const auto scan = GaldrineBackupCommitGraphV1::scan(*commits, *heads);
+  if (!scan) return std::unexpected(inspectorError(scan.error()));
+  const auto graph = authenticateCommits(*commits, scope, limits);
+  if (!graph) return std::unexpected(graph.error());
+  const auto observations = PayloadObservations::observePayloadFiles(graph->expectations, reader.package(), observer);
+  if (!observations) return std::unexpected(observations.error());
+  std::set<Bytes> retainedTips;
+  for (const auto& tip : scan->retainedTips) retainedTips.insert(tip.reference().identifier());
+  const auto preflights = preflightsOf(graph->contents, *observations, retainedTips);
+  auto branches = preservedBranchesOf(*scan, graph->contents, preflights);
+  if (!branches) return std::unexpected(branches.error());
+
+  Inspection inspection;
+  inspection.packageIdentifier = reader.package().header().packageIdentifier();
+  inspection.libraryDomainIdentifier = reader.envelopeSet().libraryDomainIdentifier();
+  inspection.formatIdentifier = std::string(GaldrineBackupFormatV1::canonicalFormatIdentifier);
+  inspection.formatVersion = GaldrineBackupFormatV1::formatVersion;
+  inspection.unlockedFactor = factor;
+  inspection.branchDisposition = dispositionOf(*scan);
+  inspection.preservedBranches = std::move(*branches);
+  // The map is ordered by commit identifier in the system's byte order already.
+  inspection.authenticatedSnapshots.reserve(preflights.size());
+  for (const auto& entry : preflights) inspection.authenticatedSnapshots.push_back(entry.second);
+  inspection.authenticatedCommitCount = static_cast<std::int64_t>(commits->size());
+  inspection.authenticatedHeadCount = static_cast<std::int64_t>(heads->size());
+  inspection.maximumWriterEpoch = scan->maximumWriterEpoch;
+  inspection.keyEnvelopeSetSHA256 = reader.envelopeSetSHA256();
+  return inspection;
+}
+
+std::expected<GaldrineRecoveryAuthenticatedSnapshotV1, Error> authenticatedSnapshot(ByteView commitIdentifier,
+                                                                                    const Reader& reader, ByteView bpmk) {
+  const AuthenticationScope scope = scopeOf(reader, bpmk);
+  const auto commits = GraphArtifactDiscovery::discoverCommits(scope);
+  if (!commits) return std::unexpected(commits.error());
+  const auto found = std::ranges::find_if(*commits, [&](const GaldrineAuthenticatedBackupCommitV1& commit) {
+    return GaldrineByteOrder::equal(commit.commit().identifier(), commitIdentifier);
+  });
+  if (found == commits->end()) return std::unexpected(Error::integrityFailure);
+  AuthenticationBudget budget{Limits{}};
+  SnapshotCache cache;
+  auto content = ContentAuthentication::authenticateContent(*found, scope, true, cache, budget);
+  if (!content) return std::unexpected(content.error());
+  cache.clear();  // the content is now the records' only holder, so they can move out
+  return GaldrineRecoveryAuthenticatedSnapshotV1{std::move(content->authenticatedCommit), std::move(content->snapshot),
+                                                 std::move(*content->retainedRecords)};
+}
+
+}  // namespace GaldrineRecoveryPackageInspectorV1
