@@ -29,7 +29,7 @@ struct ProducedFixture {
   FixtureProducers::Document (*document)(const Seeds&, const FixturePackage&);
 };
 
-// The set: one fixture of each kind, in the order of the kinds. The prototype header is no
+// The set: one fixture of each kind, in the order of the kinds, so a kind is its own position. The prototype header is no
 // JSON document built here, so it has no producer of its own.
 constexpr std::array<ProducedFixture, 5> producedFixtures{{
     {"graph", FixtureKind::productionGraphV1, "graph-v1.json", FixtureProducers::graphFixture},
@@ -39,6 +39,12 @@ constexpr std::array<ProducedFixture, 5> producedFixtures{{
     {"payload", FixtureKind::productionPayloadV1, "payload-v1.json", FixtureProducers::payloadFixture},
     {"prototype-header", FixtureKind::prototypeHeaderV0, "prototype-header-v0.json", nullptr},
 }};
+static_assert([] {
+  for (std::size_t position = 0; position < producedFixtures.size(); ++position) {
+    if (static_cast<std::size_t>(producedFixtures[position].kind) != position) return false;
+  }
+  return true;
+}());
 
 // documentText is the one form of every JSON file of the set: sorted keys, two-space
 // indentation, raw UTF-8, and one final line feed.
@@ -115,14 +121,21 @@ std::expected<Bytes, Error> sealedFrame(ByteView plaintext, ByteView key, Galdri
 
 namespace GaldrineFixtureProducer {
 
-std::expected<std::vector<GaldrineProducedFixtureFile>, Error> fixtureFiles(const Seeds& seeds) {
+std::expected<GaldrineProducedFixtureFile, Error> fixtureFile(FixtureKind kind, const Seeds& seeds) {
   const auto package = FixtureProducers::package();
   if (!package) return std::unexpected(package.error());
+  const ProducedFixture& fixture = producedFixtures[static_cast<std::size_t>(kind)];
+  auto text = fixtureText(fixture, seeds, *package);
+  if (!text) return std::unexpected(text.error());
+  return GaldrineProducedFixtureFile{std::string(fixture.fileName), std::move(*text)};
+}
+
+std::expected<std::vector<GaldrineProducedFixtureFile>, Error> fixtureFiles(const Seeds& seeds) {
   std::vector<GaldrineProducedFixtureFile> files;
   for (const ProducedFixture& fixture : producedFixtures) {
-    auto text = fixtureText(fixture, seeds, *package);
-    if (!text) return std::unexpected(text.error());
-    files.push_back({std::string(fixture.fileName), std::move(*text)});
+    auto file = fixtureFile(fixture.kind, seeds);
+    if (!file) return std::unexpected(file.error());
+    files.push_back(std::move(*file));
   }
   Bytes index = indexText(files);
   files.push_back({std::string(indexFileName), std::move(index)});

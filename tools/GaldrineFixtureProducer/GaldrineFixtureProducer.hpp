@@ -13,6 +13,7 @@
 #include "GaldrineFixtureProducer/GaldrineFixtureProducerError.hpp"
 #include "GaldrineFixtureProducer/GaldrineFixtureProducerSeeds.hpp"
 #include "GaldrinePlatform/GaldrineBytes.hpp"
+#include "GaldrineRecoveryCore/FixtureKind.hpp"
 
 // GaldrineProducedFixtureFile is one file of a set: its name in the set's directory and bytes.
 struct GaldrineProducedFixtureFile {
@@ -25,6 +26,10 @@ struct GaldrineProducedFixtureFile {
 namespace GaldrineFixtureProducer {
 
 inline constexpr std::string_view indexFileName = "index.json";
+
+// fixtureFile gives the one fixture of `kind` in a set made with `seeds`, under its file name.
+[[nodiscard]] std::expected<GaldrineProducedFixtureFile, GaldrineFixtureProducerError> fixtureFile(
+    FixtureKind kind, const GaldrineFixtureProducerSeeds& seeds);
 
 // fixtureFiles gives the files of a set in memory: the fixtures in the order of their kinds,
 // then the index. A refusal of any material is materialRefused.
