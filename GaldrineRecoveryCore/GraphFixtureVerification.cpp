@@ -88,7 +88,8 @@ constexpr std::array<const char*, 7> countKeys{"payloadKeyCount", "itemCount",  
   const std::string kind = fields.text("kind");
   const auto found = std::ranges::find(artifactKindTexts, kind);
   if (found == artifactKindTexts.end()) faulted = true;  // an unknown kind does not decode
-  return {static_cast<std::size_t>(found - artifactKindTexts.begin()), fields.text("identifierHex"), fields.text("frameHex")};
+  const auto kindIndex = found == artifactKindTexts.end() ? 0 : static_cast<std::size_t>(found - artifactKindTexts.begin());
+  return {kindIndex, fields.text("identifierHex"), fields.text("frameHex")};
 }
 
 [[nodiscard]] Expected decodeExpected(const FixtureJSONFields& fields) {

@@ -183,6 +183,11 @@ const AlteredSet alteredSets[] = {
        alter(copy, keyEnvelopes, [](Json& fixture) { fixture["registrySHA256Hex"] = flippedBit(fixture["registrySHA256Hex"], 0); });
      },
      Error::invalidFixture},
+    {"OneFactorTwice",
+     [](const auto& copy) {
+       alter(copy, keyEnvelopes, [](Json& fixture) { fixture["activeEntries"][0]["factor"] = "recovery-key"; });
+     },
+     Error::invalidFixture},
     {"ActiveEntryOfAnotherGeneration",
      [](const auto& copy) { alter(copy, keyEnvelopes, [](Json& fixture) { fixture["activeEntries"][1]["generation"] = 2; }); },
      Error::invalidFixture},
@@ -194,6 +199,13 @@ const AlteredSet alteredSets[] = {
          const Bytes bytes = *GaldrineByteText::parseLowerHex(segment);
          fixture["pack"]["segmentHex"] = segment;
          fixture["pack"]["segmentSHA256Hex"] = GaldrineByteText::lowerHex(GaldrinePlatformSHA256::digest(bytes));
+       });
+     },
+     Error::invalidFixture},
+    {"PackEntriesInAnotherOrder",
+     [](const auto& copy) {
+       alter(copy, payload, [](Json& fixture) {
+         std::swap(fixture["pack"]["entries"][0]["identifierHex"], fixture["pack"]["entries"][1]["identifierHex"]);
        });
      },
      Error::invalidFixture},

@@ -4,8 +4,10 @@
 #include <string>
 
 #include "GaldrineCryptoPrimitives/GaldrineBackupManifestRecordCodecV1.hpp"
+#include "GaldrineCryptoSupport/GaldrineSecureMemory.hpp"
 #include "GaldrineFixtureProducer/DeterministicPayloadFiles.hpp"
 #include "GaldrineFixtureProducer/FixtureProducerBytes.hpp"
+#include "GaldrinePlatform/GaldrineScopeGuard.hpp"
 
 namespace {
 
@@ -173,9 +175,14 @@ struct ResourceFile {
 
 std::expected<GraphFixtureContent, Error> graphFixtureContent(const FixturePackage& package, ByteView bpmk) {
   const Identifiers ids;
-  // Synthetic payload keys: fixed, since the fixture must come out the same every time.
-  const Bytes packKey = Fixed::labelled("graph/payload-key/pack/key", Fixed::keyByteCount);
-  const Bytes videoKey = Fixed::labelled("graph/payload-key/video/key", Fixed::keyByteCount);
+  // Synthetic payload keys: fixed, since the fixture must come out the same every time, and
+  // wiped like any key.
+  Bytes packKey = Fixed::labelled("graph/payload-key/pack/key", Fixed::keyByteCount);
+  Bytes videoKey = Fixed::labelled("graph/payload-key/video/key", Fixed::keyByteCount);
+  GaldrineScopeGuard wipeKeys{[&] {
+    GaldrineSecureMemory::wipe(packKey);
+    GaldrineSecureMemory::wipe(videoKey);
+  }};
   GraphFixtureContent content{ids.segment, {}, ids.chunk, {}, {}, {}};
   content.resources = {{ids.photoResource, GaldrineByteText::bytes(photoPlaintext)},
                        {ids.videoResource, GaldrineByteText::bytes(videoPlaintext)}};
