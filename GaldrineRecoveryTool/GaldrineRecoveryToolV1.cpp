@@ -1,6 +1,7 @@
 #include "GaldrineRecoveryTool/GaldrineRecoveryToolV1.hpp"
 
 #include <algorithm>
+#include <string>
 #include <utility>
 #include <variant>
 
@@ -8,6 +9,7 @@
 #include "GaldrineCore/GaldrineBackupFormatV1.hpp"
 #include "GaldrineCryptoSupport/GaldrineSecureMemory.hpp"
 #include "GaldrinePlatform/GaldrineScopeGuard.hpp"
+#include "GaldrineRecoveryCore/GaldrineRecoveryFixtureVerifier.hpp"
 #include "GaldrineRecoveryTool/GaldrineRecoveryToolDocumentOutput.hpp"
 #include "GaldrineRecoveryTool/GaldrineRecoveryToolSelectionCode.hpp"
 #include "GaldrineRecoveryTool/RecoveryToolCommandParser.hpp"
@@ -50,11 +52,21 @@ Outcome selfTest() {
                         std::string(GaldrineBackupFormatV1::canonicalFormatIdentifier) + ".\n");
 }
 
-// The fixture verifiers are not part of this build: both commands end in the generic failure
-// rather than claim a verification that did not happen.
-Outcome verifyGolden(const std::filesystem::path&) { return std::unexpected(RecoveryToolError::operationFailed); }
+// Every failure of the fixture verifier reads as one compatibility failure: a fixture run only
+// says whether this build still reads the format.
+Outcome verifyGolden(const std::filesystem::path& fixtureURL) {
+  const auto vectorCount = GaldrineRecoveryFixtureVerifier::verifyGoldenFixture(fixtureURL);
+  if (!vectorCount) return std::unexpected(RecoveryToolError::compatibilityVerificationFailed);
+  return standardOutput("Galdrine recovery verified " + std::to_string(*vectorCount) + " synthetic V1 golden vectors.\n");
+}
 
-Outcome verifyFixtures(const std::filesystem::path&) { return std::unexpected(RecoveryToolError::operationFailed); }
+Outcome verifyFixtures(const std::filesystem::path& indexURL) {
+  const auto result = GaldrineRecoveryFixtureVerifier::verifyFixtureIndex(indexURL);
+  if (!result) return std::unexpected(RecoveryToolError::compatibilityVerificationFailed);
+  return standardOutput("Galdrine recovery verified " + std::to_string(result->fixtureCount) +
+                        " compatibility fixtures and " + std::to_string(result->productionVectorCount) +
+                        " production vectors.\n");
+}
 
 Outcome inspect(const RecoveryRequest& request, GaldrineRecoveryToolCredentialReading& reader, RecoveryToolBackend& backend) {
   auto credential = readCredential(reader, request);

@@ -59,7 +59,7 @@ TEST(GaldrineRecoveryProgram, EachFailurePrintsOnlyItsTextOnStandardError) {
       {{"export", "a.galdrine", "--snapshot", std::string(64, '0'), "--destination", "out", "--recovery-key",
         "--credential-stdin"},
        "words\n", 4, failedSafely},
-      {{"verify-golden", "golden.json"}, "", 4, failedSafely},
+      {{"verify-golden", "no-such-golden.json"}, "", 4, "Galdrine compatibility verification failed.\n"},
   };
   for (const auto& testCase : cases) {
     const ProgramRun result = run(testCase.arguments, testCase.standardInput);

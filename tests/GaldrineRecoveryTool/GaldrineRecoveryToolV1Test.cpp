@@ -90,10 +90,10 @@ TEST(GaldrineRecoveryToolV1, MisuseEndsBeforeAnyCredentialIsAskedFor) {
   }
 }
 
-TEST(GaldrineRecoveryToolV1, VerificationWithoutAVerifierFailsSafely) {
+TEST(GaldrineRecoveryToolV1, VerificationOfMissingFixturesIsACompatibilityFailure) {
   DriverRun run;
-  EXPECT_EQ(run.execute({"verify-golden", "golden.json"}), failed(operationFailed));
-  EXPECT_EQ(run.execute({"verify-fixtures", "index.json"}), failed(operationFailed));
+  EXPECT_EQ(run.execute({"verify-golden", "no-such-golden.json"}), failed(compatibilityVerificationFailed));
+  EXPECT_EQ(run.execute({"verify-fixtures", "no-such-index.json"}), failed(compatibilityVerificationFailed));
   EXPECT_EQ(run.reader.readCount, 0);
 }
 

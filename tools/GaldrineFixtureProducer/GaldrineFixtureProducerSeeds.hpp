@@ -1,0 +1,25 @@
+#pragma once
+// GaldrineFixtureProducerSeeds are the key seeds a fixture set is produced with. The verifier
+// holds its own copy of each (FixtureMaterial) and builds the keys from those, so a set made
+// with any other text does not verify. project() gives the texts of this project's set.
+
+#include <string_view>
+
+#include "GaldrineRecoveryCore/FixtureMaterial.hpp"
+
+struct GaldrineFixtureProducerSeeds {
+  std::string_view resourceChunkKeySeed;
+  std::string_view packEntryKeySeed;
+  std::string_view recoveryEnvelopeKeySeed;
+  std::string_view recoveryEnvelopePlaintextSeed;
+  std::string_view packSegmentKeySeed;
+  std::string_view standaloneChunkKeySeed;
+  std::string_view graphBPMKSeed;
+
+  [[nodiscard]] static constexpr GaldrineFixtureProducerSeeds project() {
+    return {FixtureMaterial::resourceChunkKeySeed,    FixtureMaterial::packEntryKeySeed,
+            FixtureMaterial::recoveryEnvelopeKeySeed, FixtureMaterial::recoveryEnvelopePlaintextSeed,
+            FixtureMaterial::packSegmentKeySeed,      FixtureMaterial::standaloneChunkKeySeed,
+            FixtureMaterial::graphBPMKSeed};
+  }
+};
