@@ -3,6 +3,7 @@
 #include <functional>
 
 #include "GaldrineBackupWriter/GaldrineBackupPseudoRandomV1.hpp"
+#include "GaldrineBackupWriter/GaldrineBackupRecoveryKeyV1.hpp"
 #include "GaldrineCryptoPrimitives/GaldrineBackupCommitGraphV1.hpp"
 #include "GaldrineCryptoSupport/GaldrineArgon2id.hpp"
 #include "GaldrinePortableKeyEnvelope/GaldrineBackupKeyEnvelopeFileV1.hpp"
@@ -194,6 +195,22 @@ TEST(GaldrineBackupPackageWriterV1, APassphraseOpensThePackageForAppendingAndAMi
   EXPECT_EQ(Writer::openWithBackupPassphrase(recoveryOnly, kPassphrase, settings()).error(),
             Failure(Error::credentialFactorUnavailable));
   EXPECT_EQ(GaldrineArgon2id::derivationCount(), derivationsBefore);
+}
+
+TEST(GaldrineBackupPackageWriterV1, AGeneratedRecoveryKeyIsWrittenDownAsWordsThatOpenThePackage) {
+  const GaldrineTemporaryDirectory directory;
+  const auto sources = GaldrineBackupWriterSourcesV1::deterministic(31, 0);
+  const auto generated = GaldrineBackupRecoveryKeyV1::generate(sources);
+  ASSERT_TRUE(generated);
+  EXPECT_EQ(std::ranges::count(generated->phrase(), ' '), 23);
+  ASSERT_TRUE(Writer::create(directory / "Library.galdrine", {std::nullopt, generated->key()}, settings()));
+  const std::string typed = "  " + std::string(generated->phrase()) + "\n";
+  const auto read = GaldrineBackupRecoveryKeyV1::fromPhrase(typed);
+  ASSERT_TRUE(read);
+  EXPECT_TRUE(std::ranges::equal(read->key(), generated->key()));
+  EXPECT_TRUE(Writer::openWithRecoveryKey(directory / "Library.galdrine", read->key(), settings()));
+  EXPECT_EQ(GaldrineBackupRecoveryKeyV1::fromPhrase("abandon").error(),
+            Failure(GaldrineRecoveryKeyMnemonicV1Error::invalidWordCount(24, 1)));
 }
 
 TEST(GaldrineBackupPackageWriterV1, ContentIsReadInPiecesNoLargerThanAChunk) {
