@@ -42,6 +42,7 @@ inline const Bytes kRecoveryKey = [] {
   GaldrineBackupWriterSettingsV1 settings;
   settings.sources = GaldrineBackupWriterSourcesV1::deterministic(seed, 1700000000000);
   settings.layout = smallLayout();
+  settings.concurrentPayloadWriterCount = 2;  // so that every test also runs the writers side by side
   return settings;
 }
 
