@@ -229,9 +229,11 @@ std::expected<GaldrineBackupWrittenCommitV1, Failure> GaldrineBackupPackageWrite
     const GaldrineBackupLibrarySnapshotV1& library, const GaldrineBackupCommitRequestV1& request) {
   const auto lineage = GaldrineBackupLineageV1::resolve(commits_, heads_, request);
   if (!lineage) return std::unexpected(lineage.error());
-  const std::int64_t createdAt = request.createdAtUTCMilliseconds.value_or(settings_.sources.now());
+  const std::int64_t createdAt =
+      request.createdAtUTCMilliseconds ? *request.createdAtUTCMilliseconds : settings_.sources.now();
   const auto identifiers = drawIdentifiers(request, settings_.sources);
   if (!identifiers) return std::unexpected(identifiers.error());
+  if (auto done = lineage->standsIn(commits_, heads_, identifiers->commit); !done) return std::unexpected(done.error());
   const auto manifests = storedManifests(*lineage, package_, libraryDomainIdentifier_, bpmk_);
   if (!manifests) return std::unexpected(manifests.error());
   GaldrineBackupReusablePayloadsV1 reusable;
@@ -289,6 +291,7 @@ std::expected<GaldrineBackupWrittenCommitV1, Failure> GaldrineBackupPackageWrite
   if (!lineage) return std::unexpected(lineage.error());
   const auto commitIdentifier = fixedOrDrawn(request.commitIdentifier, settings_.sources);
   if (!commitIdentifier) return std::unexpected(commitIdentifier.error());
+  if (auto done = lineage->standsIn(commits_, heads_, *commitIdentifier); !done) return std::unexpected(done.error());
   auto manifest =
       GaldrineBackupPackageGraphReaderV1::readManifest(package_, sharedCommit.commit(), libraryDomainIdentifier_, bpmk_);
   if (!manifest) return std::unexpected(manifest.error());

@@ -187,9 +187,9 @@ TEST(GaldrineBackupCommitLineage, LineageRefusals) {
       {"single tip to heal", {.healFork = true}, Error::nothingToHeal},
       {"the parent acknowledged", {.acknowledgedTips = {base.commitIdentifier}}, GaldrineBackupCommitGraphV1Error::invalidLineage},
   };
-  const std::size_t commitsBefore = namesIn(directory / "Library.galdrine" / "commits").size();
+  const auto before = filesUnder(directory / "Library.galdrine");
   for (const Case& test : cases) EXPECT_EQ(writer.writeCommit(library, test.request).error(), test.expected) << test.name;
-  EXPECT_EQ(namesIn(directory / "Library.galdrine" / "commits").size(), commitsBefore);
+  EXPECT_EQ(filesUnder(directory / "Library.galdrine"), before);  // refused before any file was written
   EXPECT_EQ(writer.commits().size(), 1u);
 }
 
@@ -235,8 +235,13 @@ TEST(GaldrineBackupCommitLineage, FixedIdentifiersNameTheFiles) {
   EXPECT_EQ(written.head->file, root / "heads" / "4e040000000000000000000000000000.head");
   EXPECT_EQ(written.commit.commit().createdAtUTCMilliseconds(), -5);
   EXPECT_EQ(written.manifestRoot.createdAtUTCMilliseconds(), -5);
-  // The same identifiers again find their names taken and write no commit.
-  EXPECT_EQ(writer.writeCommit(sampleLibrary(), {.commitIdentifier = commit, .manifestIdentifier = manifest}).error(),
+  // A commit identifier that is taken is refused before anything is written; a taken manifest
+  // name is found when the manifest is published, and no commit names what was written.
+  const auto before = filesUnder(root);
+  EXPECT_EQ(writer.writeCommit(sampleLibrary(), {.commitIdentifier = commit}).error(),
+            Failure(GaldrineBackupGraphV1Error::invalidReference));
+  EXPECT_EQ(filesUnder(root), before);
+  EXPECT_EQ(writer.writeCommit(sampleLibrary(), {.manifestIdentifier = manifest}).error(),
             Failure(GaldrinePlatformFileError{EEXIST}));
   EXPECT_EQ(writer.commits().size(), 1u);
 }
