@@ -105,3 +105,26 @@ std::expected<GaldrineBackupLineageV1, Failure> GaldrineBackupLineageV1::resolve
   }
   return lineage;
 }
+
+std::expected<void, Failure> GaldrineBackupLineageV1::standsIn(std::span<const Commit> commits,
+                                                               std::span<const GaldrineAuthenticatedBackupHeadV1> heads,
+                                                               const GaldrineBackupIdentifierV1& commitIdentifier) const {
+  const Bytes identifier(commitIdentifier.begin(), commitIdentifier.end());
+  const Bytes standInDigest(32, 0);
+  const Bytes standInIdentifier(16, 0);
+  std::optional<GaldrineBackupArtifactReferenceV1> parentReference;
+  if (parent) parentReference = parent->reference();
+  const auto reference = GaldrineBackupArtifactReferenceV1::make(identifier, 1, standInDigest, 1, standInDigest);
+  const auto snapshot = GaldrineBackupArtifactReferenceV1::make(standInIdentifier, 1, standInDigest, 1, standInDigest);
+  if (!reference || !snapshot) return galdrineBackupWriterFailure(reference ? snapshot.error() : reference.error());
+  const auto commit = GaldrineBackupCommitV1::make(identifier, standInIdentifier, parentReference, *snapshot,
+                                                   standInIdentifier, standInIdentifier, writerEpoch, generation, 0,
+                                                   standInDigest, acknowledgedReferences());
+  if (!commit) return galdrineBackupWriterFailure(commit.error());
+  auto authenticated = Commit::make(*reference, *commit);
+  if (!authenticated) return galdrineBackupWriterFailure(authenticated.error());
+  std::vector<Commit> extended(commits.begin(), commits.end());
+  extended.push_back(std::move(*authenticated));
+  if (const auto scan = GaldrineBackupCommitGraphV1::scan(extended, heads); !scan) return galdrineBackupWriterFailure(scan.error());
+  return {};
+}

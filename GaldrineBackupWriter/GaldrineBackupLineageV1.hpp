@@ -31,6 +31,14 @@ struct GaldrineBackupLineageV1 {
     return references;
   }
 
+  // standsIn checks, before anything of the commit is written, that a commit `commitIdentifier`
+  // with this lineage would stand in the graph of `commits` and `heads` as a reader judges it
+  // (the commit graph's errors). Its snapshot and digests are stand-ins: the graph's rules do
+  // not look at them.
+  [[nodiscard]] std::expected<void, GaldrineBackupWriterV1Failure> standsIn(
+      std::span<const GaldrineAuthenticatedBackupCommitV1> commits, std::span<const GaldrineAuthenticatedBackupHeadV1> heads,
+      const GaldrineBackupIdentifierV1& commitIdentifier) const;
+
   // resolve, in this order: the package's graph (the commit graph's errors); the parent, which
   // is the canonical tip (readOnlyFork on an unsettled fork, unless healing, which builds on
   // the first tip), none, or a named commit (unknownCommit); the acknowledged tips: named ones

@@ -33,8 +33,10 @@ struct Tips {
 };
 
 [[nodiscard]] Tips tipsOf(const Writer& writer) {
-  const auto scan = writer.scan();
+  const auto scan = scanFromDisk(writer);
   if (!scan) return {};
+  for (const auto& commit : writer.commits()) expectSoundManifest(writer, commit.commit());
+  EXPECT_EQ(writer.scan(), *scan);  // the writer's own view agrees with the files
   Tips tips;
   for (const auto& tip : scan->retainedTips) tips.retained.push_back(*GaldrineFixedBytes::identifier(tip.reference().identifier()));
   tips.fork = !scan->accessState.isWritable();
@@ -87,8 +89,16 @@ TEST(GaldrineBackupCommitLineage, AnAppendedCommitKeepsUnchangedPayloadsAndWrite
   }
   // Files this commit shares were written by the first one and are not written again.
   std::set<fs::path> firstFiles;
-  for (const auto& file : first.payloadFiles) firstFiles.insert(file.path);
+  std::map<fs::path, std::pair<Bytes, fs::file_time_type>> firstStates;
+  for (const auto& file : first.payloadFiles) {
+    firstFiles.insert(file.path);
+    firstStates[file.path] = {fileBytes(file.path), fs::last_write_time(file.path)};
+  }
   for (const auto& file : second.payloadFiles) EXPECT_EQ(file.newlyWritten, !firstFiles.contains(file.path)) << file.path;
+  for (const auto& [path, state] : firstStates) {
+    EXPECT_EQ(fileBytes(path), state.first) << path;
+    EXPECT_EQ(fs::last_write_time(path), state.second) << path;
+  }
 
   const auto read = readBack(writer, second.commit.commit());
   ASSERT_TRUE(read);
@@ -177,9 +187,9 @@ TEST(GaldrineBackupCommitLineage, LineageRefusals) {
       {"single tip to heal", {.healFork = true}, Error::nothingToHeal},
       {"the parent acknowledged", {.acknowledgedTips = {base.commitIdentifier}}, GaldrineBackupCommitGraphV1Error::invalidLineage},
   };
-  const std::size_t commitsBefore = namesIn(directory / "Library.galdrine" / "commits").size();
+  const auto before = filesUnder(directory / "Library.galdrine");
   for (const Case& test : cases) EXPECT_EQ(writer.writeCommit(library, test.request).error(), test.expected) << test.name;
-  EXPECT_EQ(namesIn(directory / "Library.galdrine" / "commits").size(), commitsBefore);
+  EXPECT_EQ(filesUnder(directory / "Library.galdrine"), before);  // refused before any file was written
   EXPECT_EQ(writer.commits().size(), 1u);
 }
 
@@ -225,8 +235,13 @@ TEST(GaldrineBackupCommitLineage, FixedIdentifiersNameTheFiles) {
   EXPECT_EQ(written.head->file, root / "heads" / "4e040000000000000000000000000000.head");
   EXPECT_EQ(written.commit.commit().createdAtUTCMilliseconds(), -5);
   EXPECT_EQ(written.manifestRoot.createdAtUTCMilliseconds(), -5);
-  // The same identifiers again find their names taken and write no commit.
-  EXPECT_EQ(writer.writeCommit(sampleLibrary(), {.commitIdentifier = commit, .manifestIdentifier = manifest}).error(),
+  // A commit identifier that is taken is refused before anything is written; a taken manifest
+  // name is found when the manifest is published, and no commit names what was written.
+  const auto before = filesUnder(root);
+  EXPECT_EQ(writer.writeCommit(sampleLibrary(), {.commitIdentifier = commit}).error(),
+            Failure(GaldrineBackupGraphV1Error::invalidReference));
+  EXPECT_EQ(filesUnder(root), before);
+  EXPECT_EQ(writer.writeCommit(sampleLibrary(), {.manifestIdentifier = manifest}).error(),
             Failure(GaldrinePlatformFileError{EEXIST}));
   EXPECT_EQ(writer.commits().size(), 1u);
 }
