@@ -246,7 +246,8 @@ std::expected<GaldrineBackupWrittenCommitV1, Failure> GaldrineBackupPackageWrite
                                        standInIdentifiers, scope);
   if (!planned) return std::unexpected(planned.error());
 
-  const auto written = GaldrineBackupPayloadWritingV1::writePayloads(*plan, package_, settings_.layout, scope);
+  const auto written = GaldrineBackupPayloadWritingV1::writePayloads(*plan, package_, settings_.layout, scope,
+                                                                     settings_.concurrentPayloadWriterCount);
   if (!written) return std::unexpected(written.error());
   auto manifest = checkedManifest(library, *plan, identifiers->manifest, libraryDomainIdentifier_, settings_.layout,
                                   [&] { return settings_.sources.identifier(); }, scope);

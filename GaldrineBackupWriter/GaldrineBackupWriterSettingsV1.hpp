@@ -15,6 +15,9 @@ struct GaldrineBackupWriterSettingsV1 {
   GaldrineBackupPayloadLayoutV1 layout;
   // The device named in every commit this writer makes; drawn from the sources when absent.
   std::optional<GaldrineBackupIdentifierV1> writerDeviceIdentifier;
+  // How many payload files are sealed and verified at once. Each one in flight holds up to a
+  // segment's plaintexts (64 MiB by default) or one chunk; 1 writes them one after the other.
+  std::size_t concurrentPayloadWriterCount = 2;
   // The cost of a new passphrase envelope; absent means 3 passes over 64 MiB.
   std::optional<GaldrineBackupPassphraseKDFProfileV1> passphraseProfile;
 };
