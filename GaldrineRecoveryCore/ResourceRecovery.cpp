@@ -78,8 +78,17 @@ using Container = GaldrineBackupPayloadContainerKindV1;
   return std::move(*plaintext);
 }
 
+// isWholeResource: the part holds the resource's every byte, so the reader's check of the
+// part's length and digest is the check of the resource's.
+[[nodiscard]] bool isWholeResource(const Part& part, const Resource& resource) {
+  return resource.parts().size() == 1 && part.plaintextByteCount() == resource.plaintextByteCount() &&
+         part.plaintextSHA256() == resource.plaintextSHA256();
+}
+
 // writeParts appends each part's plaintext in order. A part that does not open is an outcome
-// with its issue (the file is aborted); a write that fails is outputWriteFailed.
+// with its issue (the file is aborted); a write that fails is outputWriteFailed. The reader has
+// proved every plaintext against its part's digest, so a part that is the whole resource is
+// written without being hashed once more; the output file hashes the parts of any other.
 [[nodiscard]] std::expected<std::optional<ResourceOutcome>, Error> writeParts(
     RecoveryOutputFile& output, const Resource& resource, const GaldrineBackupPackageV1& package,
     ByteView libraryDomainIdentifier, ByteView payloadKey) {
@@ -90,7 +99,9 @@ using Container = GaldrineBackupPayloadContainerKindV1;
       return withIssue(part.artifactIdentifier(), Reason::payloadIntegrityFailure);
     }
     GaldrineScopeGuard wipePlaintext{[&] { GaldrineSecureMemory::wipe(*plaintext); }};
-    if (!output.append(*plaintext)) return failure(Error::outputWriteFailed);
+    const auto appended = isWholeResource(part, resource) ? output.appendProven(*plaintext, part.plaintextSHA256())
+                                                          : output.append(*plaintext);
+    if (!appended) return failure(Error::outputWriteFailed);
   }
   return std::optional<ResourceOutcome>{};
 }
