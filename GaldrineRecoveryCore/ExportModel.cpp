@@ -7,26 +7,31 @@ namespace GaldrineRecoveryExporterV1 {
 
 namespace {
 
-// ModelFiller puts one record into the field of its kind; it gives false for a payload key
-// whose identifier the model holds already.
-struct ModelFiller {
+// KeyFiller collects the payload keys; it gives false for an identifier the model holds
+// already, and passes over every other kind.
+struct KeyFiller {
   ExportModel& model;
 
   bool operator()(const GaldrineBackupPayloadKeyRecordV1& record) const {
     return model.payloadKeys.try_emplace(record.identifier(), record).second;
   }
-  bool operator()(const GaldrineBackupMediaItemRecordV1& record) const { return append(model.items, record); }
-  bool operator()(const GaldrineBackupMediaResourceRecordV1& record) const { return append(model.resources, record); }
-  bool operator()(const GaldrineBackupAlbumFolderRecordV1& record) const { return append(model.folders, record); }
-  bool operator()(const GaldrineBackupAlbumRecordV1& record) const { return append(model.albums, record); }
-  bool operator()(const GaldrineBackupAlbumMembershipRecordV1& record) const { return append(model.memberships, record); }
-  bool operator()(const GaldrineBackupTombstoneRecordV1& record) const { return append(model.tombstones, record); }
-
   template <typename Record>
-  static bool append(std::vector<Record>& list, const Record& record) {
-    list.push_back(record);
+  bool operator()(const Record&) const {
     return true;
   }
+};
+
+// ListFiller appends every record but a payload key to the list of its kind.
+struct ListFiller {
+  ExportModel& model;
+
+  void operator()(const GaldrineBackupPayloadKeyRecordV1&) const {}
+  void operator()(const GaldrineBackupMediaItemRecordV1& record) const { model.items.push_back(record); }
+  void operator()(const GaldrineBackupMediaResourceRecordV1& record) const { model.resources.push_back(record); }
+  void operator()(const GaldrineBackupAlbumFolderRecordV1& record) const { model.folders.push_back(record); }
+  void operator()(const GaldrineBackupAlbumRecordV1& record) const { model.albums.push_back(record); }
+  void operator()(const GaldrineBackupAlbumMembershipRecordV1& record) const { model.memberships.push_back(record); }
+  void operator()(const GaldrineBackupTombstoneRecordV1& record) const { model.tombstones.push_back(record); }
 };
 
 // The arrays compare lexicographically as unsigned bytes, which is the system's byte order for
@@ -42,15 +47,28 @@ void sortLists(ExportModel& model) {
 
 }  // namespace
 
+std::expected<void, GaldrineRecoveryExporterV1Error> requireRecordCountWithinLimit(std::size_t recordCount,
+                                                                                   std::size_t maximumRecordCount) {
+  if (recordCount > maximumRecordCount) return std::unexpected(GaldrineRecoveryExporterV1Error::resourceLimitExceeded);
+  return {};
+}
+
 std::expected<ExportModel, GaldrineRecoveryExporterV1Error> exportModel(std::span<const GaldrineBackupManifestRecordV1> records) {
+  return exportModel(records, ExportModel::maximumRecordCount);
+}
+
+std::expected<ExportModel, GaldrineRecoveryExporterV1Error> exportModel(std::span<const GaldrineBackupManifestRecordV1> records,
+                                                                        std::size_t maximumRecordCount) {
   ExportModel model;
-  const ModelFiller filler{model};
+  const KeyFiller keys{model};
   for (const GaldrineBackupManifestRecordV1& record : records) {
-    if (!std::visit(filler, record.variant())) return std::unexpected(GaldrineRecoveryExporterV1Error::integrityFailure);
+    if (!std::visit(keys, record.variant())) return std::unexpected(GaldrineRecoveryExporterV1Error::integrityFailure);
   }
-  if (records.size() > ExportModel::maximumRecordCount) {
-    return std::unexpected(GaldrineRecoveryExporterV1Error::resourceLimitExceeded);
+  if (auto counted = requireRecordCountWithinLimit(records.size(), maximumRecordCount); !counted) {
+    return std::unexpected(counted.error());
   }
+  const ListFiller lists{model};
+  for (const GaldrineBackupManifestRecordV1& record : records) std::visit(lists, record.variant());
   sortLists(model);
   return model;
 }

@@ -30,10 +30,19 @@ struct ExportModel {
   std::vector<GaldrineBackupTombstoneRecordV1> tombstones;
 };
 
+// requireRecordCountWithinLimit: `recordCount` records pass when they are at most
+// `maximumRecordCount` (resourceLimitExceeded above).
+[[nodiscard]] std::expected<void, GaldrineRecoveryExporterV1Error> requireRecordCountWithinLimit(
+    std::size_t recordCount, std::size_t maximumRecordCount = ExportModel::maximumRecordCount);
+
 // exportModel copies each record into the field of its kind and sorts the lists. A payload key
-// identifier that comes twice is integrityFailure; then more than maximumRecordCount records
-// are resourceLimitExceeded. On failure no model is given.
+// identifier that comes twice is integrityFailure; then more than `maximumRecordCount` records
+// are resourceLimitExceeded, found before any other record is copied. On failure no model is
+// given. Exports use the form with ExportModel::maximumRecordCount; the other serves tests of
+// the order of the two checks without millions of records.
 [[nodiscard]] std::expected<ExportModel, GaldrineRecoveryExporterV1Error> exportModel(
     std::span<const GaldrineBackupManifestRecordV1> records);
+[[nodiscard]] std::expected<ExportModel, GaldrineRecoveryExporterV1Error> exportModel(
+    std::span<const GaldrineBackupManifestRecordV1> records, std::size_t maximumRecordCount);
 
 }  // namespace GaldrineRecoveryExporterV1

@@ -14,6 +14,7 @@
 #include "GaldrineRecoveryCore/AuthenticationBudget.hpp"
 #include "GaldrineRecoveryCore/BranchLineage.hpp"
 #include "GaldrineRecoveryCore/ContentAuthentication.hpp"
+#include "GaldrineRecoveryCore/ExaminedInspection.hpp"
 #include "GaldrineRecoveryCore/GraphArtifactDiscovery.hpp"
 #include "GaldrineRecoveryCore/InspectorErrorTranslation.hpp"
 #include "GaldrineRecoveryCore/PayloadFileEvidence.hpp"
@@ -167,6 +168,14 @@ std::expected<Reader, Error> openEnvelopeReader(const std::filesystem::path& pac
 
 std::expected<Inspection, Error> inspect(const Reader& reader, ByteView bpmk, Factor factor, const Limits& limits,
                                          const GaldrineRecoveryPayloadReadObserverV1& observer) {
+  auto examined = inspectExamined(reader, bpmk, factor, limits, observer);
+  if (!examined) return std::unexpected(examined.error());
+  return std::move(examined->inspection);
+}
+
+std::expected<ExaminedInspection, Error> inspectExamined(const Reader& reader, ByteView bpmk, Factor factor,
+                                                         const Limits& limits,
+                                                         const GaldrineRecoveryPayloadReadObserverV1& observer) {
   const AuthenticationScope scope = scopeOf(reader, bpmk);
   const auto commits = GraphArtifactDiscovery::discoverCommits(scope);
   if (!commits) return std::unexpected(commits.error());
@@ -176,11 +185,12 @@ std::expected<Inspection, Error> inspect(const Reader& reader, ByteView bpmk, Fa
   if (!scan) return std::unexpected(inspectorError(scan.error()));
   const auto graph = authenticateCommits(*commits, scope, limits);
   if (!graph) return std::unexpected(graph.error());
-  const auto observations = PayloadObservations::observePayloadFiles(graph->expectations, reader.package(), observer);
-  if (!observations) return std::unexpected(observations.error());
+  auto examinations = PayloadObservations::examinePayloadFiles(graph->expectations, reader.package(), observer);
+  if (!examinations) return std::unexpected(examinations.error());
+  const PayloadObservationMap observations = PayloadObservations::observations(*examinations);
   std::set<Bytes> retainedTips;
   for (const auto& tip : scan->retainedTips) retainedTips.insert(tip.reference().identifier());
-  auto preflights = preflightsOf(graph->contents, *observations, retainedTips);
+  auto preflights = preflightsOf(graph->contents, observations, retainedTips);
   auto branches = preservedBranchesOf(*scan, graph->contents, preflights);
   if (!branches) return std::unexpected(branches.error());
 
@@ -193,7 +203,7 @@ std::expected<Inspection, Error> inspect(const Reader& reader, ByteView bpmk, Fa
   inspection.authenticatedCommitCount = static_cast<std::int64_t>(commits->size());
   inspection.authenticatedHeadCount = static_cast<std::int64_t>(heads->size());
   inspection.maximumWriterEpoch = scan->maximumWriterEpoch;
-  return inspection;
+  return ExaminedInspection{std::move(inspection), std::move(*examinations)};
 }
 
 std::expected<GaldrineRecoveryAuthenticatedSnapshotV1, Error> authenticatedSnapshot(ByteView commitIdentifier,

@@ -50,6 +50,7 @@ RecoveryOutputFile::RecoveryOutputFile(RecoveryOutputFile&& other) noexcept
       inode_(other.inode_),
       byteCount_(other.byteCount_),
       hasher_(std::move(other.hasher_)),
+      provenSHA256_(other.provenSHA256_),
       completed_(other.completed_),
       owned_(std::exchange(other.owned_, false)) {}
 
@@ -62,6 +63,7 @@ RecoveryOutputFile& RecoveryOutputFile::operator=(RecoveryOutputFile&& other) no
     inode_ = other.inode_;
     byteCount_ = other.byteCount_;
     hasher_ = std::move(other.hasher_);
+    provenSHA256_ = other.provenSHA256_;
     completed_ = other.completed_;
     owned_ = std::exchange(other.owned_, false);
   }
@@ -70,7 +72,7 @@ RecoveryOutputFile& RecoveryOutputFile::operator=(RecoveryOutputFile&& other) no
 
 std::expected<void, Error> RecoveryOutputFile::append(ByteView data) {
   const bool fits = data.size() <= std::numeric_limits<std::uint64_t>::max() - byteCount_;
-  if (!descriptor_.isOpen() || !fits || !writeAndHash(data)) {
+  if (!descriptor_.isOpen() || !fits || provenSHA256_ || !writeAndHash(data)) {
     abort();
     return writeFailed();
   }
@@ -78,6 +80,18 @@ std::expected<void, Error> RecoveryOutputFile::append(ByteView data) {
   // decrypted and the final fsync waits for little.
   GaldrinePlatformFiles::startWriteBack(descriptor_.get(), byteCount_, data.size());
   byteCount_ += data.size();
+  return {};
+}
+
+std::expected<void, Error> RecoveryOutputFile::appendProven(ByteView data, const GaldrineSHA256Digest& sha256) {
+  if (!descriptor_.isOpen() || byteCount_ != 0 || provenSHA256_ ||
+      !GaldrinePlatformFiles::writeAll(descriptor_.get(), data)) {
+    abort();
+    return writeFailed();
+  }
+  provenSHA256_ = sha256;
+  GaldrinePlatformFiles::startWriteBack(descriptor_.get(), 0, data.size());
+  byteCount_ = data.size();
   return {};
 }
 
@@ -94,7 +108,7 @@ std::expected<std::optional<GaldrineSHA256Digest>, Error> RecoveryOutputFile::fi
                                                                                     ByteView expectedSHA256) {
   if (!descriptor_.isOpen()) return writeFailed();
   // Every way out of here closes the file for good, so the hash state is finalised only once.
-  const GaldrineSHA256Digest digest = hasher_.finalize();
+  const GaldrineSHA256Digest digest = provenSHA256_ ? *provenSHA256_ : hasher_.finalize();
   if (byteCount_ != expectedByteCount || !GaldrineByteOrder::equal(digest, expectedSHA256)) {
     abort();
     return std::optional<GaldrineSHA256Digest>{};

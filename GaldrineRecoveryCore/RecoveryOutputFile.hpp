@@ -41,6 +41,14 @@ class RecoveryOutputFile {
   // then aborted, so every later call fails too.
   [[nodiscard]] std::expected<void, GaldrineRecoveryExporterV1Error> append(ByteView data);
 
+  // appendProven writes `data` as the whole content of a file still empty, for a caller that
+  // has already proved these very bytes to have the SHA-256 `sha256` (a payload reader checks
+  // each plaintext against its authenticated digest): the bytes are written once and not
+  // hashed a second time, and finish compares that digest. A file that is not empty, or any
+  // append after this one, fails with outputWriteFailed and aborts the file.
+  [[nodiscard]] std::expected<void, GaldrineRecoveryExporterV1Error> appendProven(ByteView data,
+                                                                                  const GaldrineSHA256Digest& sha256);
+
   // finish compares the bytes written with `expectedByteCount` and `expectedSHA256`. If either
   // differs, the file is aborted and nothing is given: that is a result, not a failure. If both
   // agree, the file is synchronised to stable storage, checked to be a regular file of that
@@ -71,6 +79,7 @@ class RecoveryOutputFile {
   ino_t inode_ = 0;
   std::uint64_t byteCount_ = 0;
   GaldrinePlatformSHA256::Hasher hasher_;
+  std::optional<GaldrineSHA256Digest> provenSHA256_;  // set by appendProven, in place of the hasher
   bool completed_ = false;
   bool owned_ = true;  // false once moved from: nothing of the file is this object's any more
 };

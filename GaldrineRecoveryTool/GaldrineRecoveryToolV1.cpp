@@ -12,10 +12,10 @@
 #include "GaldrineRecoveryCore/GaldrineRecoveryFixtureVerifier.hpp"
 #include "GaldrineRecoveryTool/GaldrineRecoveryToolDocumentOutput.hpp"
 #include "GaldrineRecoveryTool/GaldrineRecoveryToolSelectionCode.hpp"
+#include "GaldrineRecoveryTool/LiveBackend.hpp"
 #include "GaldrineRecoveryTool/RecoveryToolCommandParser.hpp"
 #include "GaldrineRecoveryTool/RecoveryToolFailureOutput.hpp"
 #include "GaldrineRecoveryTool/RecoveryToolUsage.hpp"
-#include "GaldrineRecoveryTool/UnavailableBackend.hpp"
 
 namespace GaldrineRecoveryToolV1 {
 namespace {
@@ -147,7 +147,7 @@ GaldrineRecoveryToolExecutionV1 execute(std::span<const std::string> arguments,
 
 GaldrineRecoveryToolExecutionV1 execute(std::span<const std::string> arguments,
                                         GaldrineRecoveryToolCredentialReading& credentialReader) {
-  UnavailableBackend backend;
+  LiveBackend backend;
   return execute(arguments, credentialReader, backend);
 }
 

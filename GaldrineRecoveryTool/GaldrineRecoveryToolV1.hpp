@@ -29,8 +29,8 @@ inline constexpr std::int64_t maximumCredentialByteCount = 16384;
                                                       GaldrineRecoveryToolCredentialReading& credentialReader,
                                                       RecoveryToolBackend& backend);
 
-// execute with the backend of this build. This build carries no recovery engine yet, so its
-// inspect and export end in the generic failure after the credential was read.
+// execute with LiveBackend, the backend that reaches the recovery engine: what the process
+// entry calls.
 [[nodiscard]] GaldrineRecoveryToolExecutionV1 execute(std::span<const std::string> arguments,
                                                       GaldrineRecoveryToolCredentialReading& credentialReader);
 

@@ -25,66 +25,8 @@ cmake --preset default >/dev/null
 cmake --build --preset default --target GaldrineInspectBenchmark --parallel 2 >/dev/null
 program=build/bench/GaldrineInspectBenchmark
 
-mkdir -p "$scratch"
-media="$scratch/media"
-small="$scratch/media-256MiB"
-passphrase_file="$scratch/passphrase"
-[ -f "$passphrase_file" ] || printf 'lantern orchard 47 quietly drifting' >"$passphrase_file"
-
-# The media, once: sizes from a fixed seed, bytes from the system's random source.
-if [ ! -f "$media/.complete" ]; then
-  echo "making the media under $media ..." >&2
-  rm -rf "$media" && mkdir -p "$media"
-  python3 - "$media" <<'PYTHON'
-import os, random, sys
-directory = sys.argv[1]
-sizes = random.Random(20240611)
-plan = [(f"IMG_{index:04}.jpg", sizes.randint(2 << 20, 4 << 20)) for index in range(300)]
-plan += [(f"MOV_{index:04}.mov", megabytes << 20) for index, megabytes in enumerate((60, 80, 100, 120))]
-for name, byte_count in plan:
-    with open(os.path.join(directory, name), "wb") as file:
-        remaining = byte_count
-        while remaining:
-            piece = os.urandom(min(remaining, 8 << 20))
-            file.write(piece)
-            remaining -= len(piece)
-PYTHON
-  touch "$media/.complete"
-fi
-
-# The first small files that add up to 256 MiB, as links to the same bytes.
-if [ ! -f "$small/.complete" ]; then
-  rm -rf "$small" && mkdir -p "$small"
-  total=0
-  for file in "$media"/IMG_*.jpg; do
-    [ "$total" -ge $((256 << 20)) ] && break
-    ln "$file" "$small/"
-    total=$((total + $(stat -c %s "$file")))
-  done
-  touch "$small/.complete"
-fi
-
-# The packages, once each.
-for name in library library-256MiB; do
-  source_directory="$media"
-  [ "$name" = library-256MiB ] && source_directory="$small"
-  if [ ! -f "$scratch/$name.written" ]; then
-    echo "writing $scratch/$name.galdrine ..." >&2
-    rm -rf "$scratch/$name.galdrine"
-    "$program" write "$source_directory" "$scratch/$name.galdrine" "$passphrase_file"
-    touch "$scratch/$name.written"
-  fi
-done
-
-# The restic repository of the same media, once.
-repository="$scratch/restic"
-if [ ! -f "$scratch/restic.written" ]; then
-  echo "backing the media up with restic ..." >&2
-  rm -rf "$repository"
-  restic --repo "$repository" --password-file "$passphrase_file" init --quiet >/dev/null
-  restic --repo "$repository" --password-file "$passphrase_file" backup --quiet "$media" >/dev/null
-  touch "$scratch/restic.written"
-fi
+source bench/benchmark-library.sh
+prepare_benchmark_library
 
 results="$scratch/results"
 rm -rf "$results" && mkdir -p "$results"

@@ -12,7 +12,6 @@ namespace {
 
 const std::string program = GALDRINE_RECOVERY_EXECUTABLE;
 const std::string selfTestText = "Galdrine recovery self-test passed for com.galdrine.backup.v1.\n";
-const std::string failedSafely = "Galdrine recovery operation failed safely.\n";
 
 ProgramRun run(const std::vector<std::string>& arguments, std::string_view standardInput = {}) {
   return runProgram(program, arguments, standardInput);
@@ -55,10 +54,11 @@ TEST(GaldrineRecoveryProgram, EachFailurePrintsOnlyItsTextOnStandardError) {
       {{"inspect", "a.galdrine", "--backup-passphrase", "--credential-stdin"}, "\n", 3, "The portable credential is invalid.\n"},
       {{"inspect", "a.galdrine", "--backup-passphrase", "--credential-stdin"}, std::string(16385, 'x'), 3,
        "The credential could not be read securely.\n"},
-      {{"inspect", "a.galdrine", "--backup-passphrase", "--credential-stdin"}, std::string(16384, 'x'), 4, failedSafely},
+      {{"inspect", "a.galdrine", "--backup-passphrase", "--credential-stdin"}, std::string(16384, 'x'), 4,
+       "The backup package is invalid or unsupported.\n"},
       {{"export", "a.galdrine", "--snapshot", std::string(64, '0'), "--destination", "out", "--recovery-key",
         "--credential-stdin"},
-       "words\n", 4, failedSafely},
+       "words\n", 3, "The portable credential is invalid.\n"},
       {{"verify-golden", "no-such-golden.json"}, "", 4, "Galdrine compatibility verification failed.\n"},
   };
   for (const auto& testCase : cases) {
@@ -80,8 +80,8 @@ TEST(GaldrineRecoveryProgram, HiddenPromptAnswersOnTheTerminal) {
   ASSERT_TRUE(session.promptSeen) << session.terminalOutput;
   EXPECT_TRUE(session.echoOffAtPrompt);
   EXPECT_FALSE(session.terminalOutput.contains("abandon"));
-  EXPECT_TRUE(session.terminalOutput.ends_with("Galdrine recovery operation failed safely.\r\n")) << session.terminalOutput;
-  EXPECT_EQ(session.exitStatus, 4);
+  EXPECT_TRUE(session.terminalOutput.ends_with("The portable credential is invalid.\r\n")) << session.terminalOutput;
+  EXPECT_EQ(session.exitStatus, 3);
 }
 
 }  // namespace

@@ -71,19 +71,28 @@ TEST(ExportModel, ARepeatedPayloadKeyIsAnIntegrityFailure) {
   EXPECT_EQ(model.error(), Error::integrityFailure);
 }
 
-// One vector of memberships, the smallest record, serves the three sides of the limit.
+static_assert(Exporter::ExportModel::maximumRecordCount == 2'000'000);
+
+TEST(ExportModel, TheRecordLimitAdmitsExactlyItsCount) {
+  EXPECT_TRUE(Exporter::requireRecordCountWithinLimit(Exporter::ExportModel::maximumRecordCount).has_value());
+  EXPECT_EQ(Exporter::requireRecordCountWithinLimit(Exporter::ExportModel::maximumRecordCount + 1),
+            std::unexpected(Error::resourceLimitExceeded));
+  EXPECT_EQ(Exporter::requireRecordCountWithinLimit(3, 2), std::unexpected(Error::resourceLimitExceeded));
+}
+
+// The same limit check, at a limit of three, decides after the repeated key check.
 TEST(ExportModel, RecordCountLimitComesAfterTheRepeatedKeyCheck) {
-  std::vector<GaldrineBackupManifestRecordV1> records(Exporter::ExportModel::maximumRecordCount + 1, membership(1, 2));
+  std::vector<GaldrineBackupManifestRecordV1> records(4, membership(1, 2));
   const std::span<const GaldrineBackupManifestRecordV1> all(records);
 
-  EXPECT_TRUE(Exporter::exportModel(all.first(Exporter::ExportModel::maximumRecordCount)).has_value());
-  const auto tooMany = Exporter::exportModel(all);
+  EXPECT_TRUE(Exporter::exportModel(all.first(3), 3).has_value());
+  const auto tooMany = Exporter::exportModel(all, 3);
   ASSERT_FALSE(tooMany.has_value());
   EXPECT_EQ(tooMany.error(), Error::resourceLimitExceeded);
 
   records[0] = payloadKey(900);
   records.back() = payloadKey(900);
-  const auto repeated = Exporter::exportModel(records);
+  const auto repeated = Exporter::exportModel(records, 3);
   ASSERT_FALSE(repeated.has_value());
   EXPECT_EQ(repeated.error(), Error::integrityFailure);
 }

@@ -182,4 +182,43 @@ TEST(RecoveryOutputFile, FailedWriteAbortsTheFile) {
   EXPECT_EQ(file.finish(0, GaldrinePlatformSHA256::digest({})).error(), Error::outputWriteFailed);
 }
 
+// A proven digest replaces the hashing of the one append it came with, and nothing else: the
+// finish still compares it, and the file takes no other bytes.
+TEST(RecoveryOutputFile, AProvenDigestIsComparedAtFinishAndAllowsNoOtherBytes) {
+  const Bytes bytes = patterned(3000, 9);
+  const auto digest = GaldrinePlatformSHA256::digest(bytes);
+  auto otherDigest = digest;
+  otherDigest[0] ^= 1;
+  const GaldrineTemporaryDirectory directory;
+  {
+    auto file = created(directory / "proven");
+    ASSERT_TRUE(file.appendProven(bytes, digest).has_value());
+    const auto finished = file.finish(3000, digest);
+    ASSERT_TRUE(finished.has_value());
+    EXPECT_EQ(*finished, digest);
+  }
+  EXPECT_EQ(GaldrineFileFixtures::readFile(directory / "proven"), bytes);
+
+  auto mismatched = created(directory / "mismatched");
+  ASSERT_TRUE(mismatched.appendProven(bytes, otherDigest).has_value());
+  const auto refused = mismatched.finish(3000, digest);
+  ASSERT_TRUE(refused.has_value());
+  EXPECT_FALSE(refused->has_value());
+  EXPECT_FALSE(fs::exists(directory / "mismatched"));
+
+  const std::function<bool(RecoveryOutputFile&)> secondAppends[] = {
+      [&](RecoveryOutputFile& file) { return file.append(bytes).has_value(); },
+      [&](RecoveryOutputFile& file) { return file.appendProven(bytes, digest).has_value(); }};
+  for (const auto& secondAppend : secondAppends) {
+    auto file = created(directory / "twice");
+    ASSERT_TRUE(file.appendProven(bytes, digest).has_value());
+    EXPECT_FALSE(secondAppend(file));
+    EXPECT_FALSE(fs::exists(directory / "twice"));
+  }
+  auto afterBytes = created(directory / "late");
+  ASSERT_TRUE(afterBytes.append(bytes).has_value());
+  EXPECT_EQ(afterBytes.appendProven(bytes, digest).error(), Error::outputWriteFailed);
+  EXPECT_FALSE(fs::exists(directory / "late"));
+}
+
 }  // namespace

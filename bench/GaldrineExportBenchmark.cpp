@@ -1,0 +1,118 @@
+// GaldrineExportBenchmark is the program bench/export.sh drives beside the real command. It is
+// no Google Benchmark: the script times whole processes, and this program says where the time
+// of one export goes.
+//
+//   GaldrineExportBenchmark phrase
+//     prints the 24 words of the recovery key the benchmark packages are written with.
+//   GaldrineExportBenchmark phases PACKAGE DESTINATION
+//     exports the package's first snapshot to DESTINATION in-process with that recovery key
+//     and prints one JSON object with the wall, user and system seconds of each phase: the
+//     session (unlock, the whole inspection, the snapshot's records, the plan and the
+//     availability), the availability alone, every part opened alone (read, frame digest,
+//     decryption, plaintext digest), and the whole writing of the export. The phases "alone"
+//     are measured apart, so their sum is more than the export.
+
+#include <sys/resource.h>
+
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "GaldrineCryptoPrimitives/GaldrineBackupManifestRecordCodecV1.hpp"
+#include "GaldrineCryptoSupport/GaldrineSecureMemory.hpp"
+#include "GaldrineKeyManagement/GaldrineRecoveryKeyMnemonicV1.hpp"
+#include "GaldrineRecoveryCore/ExportWriting.hpp"
+#include "GaldrineRecoveryCore/GaldrineRecoveryExporterV1.hpp"
+#include "GaldrineRecoveryCore/GaldrineRecoveryPackageInspectorV1.hpp"
+#include "GaldrineRecoveryCore/ResourceRecovery.hpp"
+
+namespace {
+
+namespace fs = std::filesystem;
+namespace Exporter = GaldrineRecoveryExporterV1;
+
+// The recovery key GaldrineInspectBenchmark writes its packages with.
+const Bytes kRecoveryKey(32, 0x5A);
+
+struct Moment {
+  double wallSeconds;
+  double userSeconds;
+  double systemSeconds;
+
+  [[nodiscard]] static Moment now() {
+    rusage usage{};
+    ::getrusage(RUSAGE_SELF, &usage);
+    const auto seconds = [](const timeval& value) { return static_cast<double>(value.tv_sec) + value.tv_usec * 1e-6; };
+    const auto wall = std::chrono::steady_clock::now().time_since_epoch();
+    return {std::chrono::duration<double>(wall).count(), seconds(usage.ru_utime), seconds(usage.ru_stime)};
+  }
+};
+
+[[nodiscard]] std::string phaseJSON(std::string_view name, const Moment& start, const Moment& end) {
+  char text[256];
+  std::snprintf(text, sizeof text, "\"%.*s\": {\"wall\": %.4f, \"user\": %.4f, \"system\": %.4f}",
+                static_cast<int>(name.size()), name.data(), end.wallSeconds - start.wallSeconds,
+                end.userSeconds - start.userSeconds, end.systemSeconds - start.systemSeconds);
+  return text;
+}
+
+int printPhrase() {
+  const auto phrase = GaldrineRecoveryKeyMnemonicV1::phrase(kRecoveryKey);
+  if (!phrase) return 1;
+  std::printf("%s\n", phrase->c_str());
+  return 0;
+}
+
+// openEveryPart opens each part of the plan the way the export does, and drops the plaintext.
+[[nodiscard]] bool openEveryPart(const Exporter::RestoreSession& session) {
+  const auto& package = session.reader().package();
+  for (const Exporter::PlannedResource& planned : session.plan()) {
+    const auto record = session.model().payloadKeys.find(planned.resource->payloadKeyIdentifier());
+    if (record == session.model().payloadKeys.end()) return false;
+    auto key = GaldrineBackupManifestRecordCodecV1::unwrapPayloadKey(record->second, session.packageIdentifier(),
+                                                                     session.libraryDomainIdentifier(), session.bpmk());
+    if (!key) return false;
+    for (const auto& part : planned.resource->parts()) {
+      auto plaintext = Exporter::openPayloadPart(part, *planned.resource, package, session.libraryDomainIdentifier(), *key);
+      if (!plaintext) return false;
+      GaldrineSecureMemory::wipe(*plaintext);
+    }
+    GaldrineSecureMemory::wipe(*key);
+  }
+  return true;
+}
+
+int measurePhases(const fs::path& packageURL, const fs::path& destinationURL) {
+  const auto inspection = GaldrineRecoveryPackageInspectorV1::inspectWithRecoveryKey(packageURL, kRecoveryKey);
+  if (!inspection || inspection->authenticatedSnapshots.empty()) return 1;
+  const Bytes& selected = inspection->authenticatedSnapshots.front().commitIdentifier;
+
+  const Moment start = Moment::now();
+  const auto session = Exporter::restoreSessionWithRecoveryKey(packageURL, kRecoveryKey, selected);
+  if (!session) return 1;
+  const Moment built = Moment::now();
+  const auto availability = Exporter::payloadAvailability((*session)->plan(), (*session)->reader().package());
+  const Moment examined = Moment::now();
+  if (!openEveryPart(**session)) return 1;
+  const Moment opened = Moment::now();
+  const auto result = Exporter::writeExport(destinationURL, **session, std::nullopt);
+  if (!result) return 1;
+  const Moment written = Moment::now();
+  std::printf("{%s, %s, %s, %s, \"resourceCount\": %lld}\n", phaseJSON("session", start, built).c_str(),
+              phaseJSON("availability", built, examined).c_str(), phaseJSON("openParts", examined, opened).c_str(),
+              phaseJSON("writeExport", opened, written).c_str(), static_cast<long long>(result->totalResourceCount));
+  return availability.size() > 0 ? 0 : 1;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const std::vector<std::string_view> arguments(argv + 1, argv + argc);
+  if (arguments.size() == 1 && arguments[0] == "phrase") return printPhrase();
+  if (arguments.size() == 3 && arguments[0] == "phases") return measurePhases(arguments[1], arguments[2]);
+  std::fprintf(stderr, "usage: %s phrase | phases PACKAGE DESTINATION\n", argv[0]);
+  return 2;
+}
