@@ -23,6 +23,7 @@
 #include <filesystem>
 #include <optional>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "GaldrineBackupWriter/GaldrineBackupCommitRequestV1.hpp"
@@ -138,6 +139,15 @@ class GaldrineBackupPackageWriterV1 {
   [[nodiscard]] std::expected<GaldrineBackupWrittenCommitV1, GaldrineBackupWriterV1Failure> commitSnapshot(
       const GaldrineBackupLineageV1& lineage, const GaldrineBackupIdentifierV1& commitIdentifier,
       SnapshotToCommit snapshot, const GaldrineBackupCommitRequestV1& request);
+  // writeCommitFile seals the commit, proves it sound in the graph, writes its file and adds it
+  // to the known commits.
+  [[nodiscard]] std::expected<std::pair<GaldrineAuthenticatedBackupCommitV1, std::filesystem::path>,
+                              GaldrineBackupWriterV1Failure>
+  writeCommitFile(const GaldrineBackupLineageV1& lineage, const GaldrineBackupIdentifierV1& commitIdentifier,
+                  const SnapshotToCommit& snapshot);
+  // publish writes the head and HEAD the request asks for, and notes them in `written`.
+  [[nodiscard]] std::expected<void, GaldrineBackupWriterV1Failure> publish(const GaldrineBackupCommitRequestV1& request,
+                                                                           GaldrineBackupWrittenCommitV1& written);
 
   GaldrineBackupPackageV1 package_;
   GaldrineBackupWriterSettingsV1 settings_;

@@ -1,6 +1,8 @@
 // Writing commits: payloads, manifest, snapshot and commit of a library snapshot, or a second
 // commit of a snapshot already stored.
 
+#include "GaldrineBackupWriter/GaldrineBackupPackageWriterV1.hpp"
+
 #include <algorithm>
 #include <map>
 #include <set>
@@ -9,7 +11,6 @@
 #include "GaldrineBackupWriter/GaldrineBackupLineageV1.hpp"
 #include "GaldrineBackupWriter/GaldrineBackupManifestAssemblyV1.hpp"
 #include "GaldrineBackupWriter/GaldrineBackupPackageGraphReaderV1.hpp"
-#include "GaldrineBackupWriter/GaldrineBackupPackageWriterV1.hpp"
 #include "GaldrineBackupWriter/GaldrineBackupPayloadPlanV1.hpp"
 #include "GaldrineBackupWriter/GaldrineBackupPayloadWritingV1.hpp"
 #include "GaldrineCryptoPrimitives/GaldrineBackupCommitGraphV1.hpp"
@@ -246,7 +247,8 @@ std::expected<GaldrineBackupWrittenCommitV1, Failure> GaldrineBackupPackageWrite
                                        standInIdentifiers, scope);
   if (!planned) return std::unexpected(planned.error());
 
-  const auto written = GaldrineBackupPayloadWritingV1::writePayloads(*plan, package_, settings_.layout, scope);
+  const auto written = GaldrineBackupPayloadWritingV1::writePayloads(*plan, package_, settings_.layout, scope,
+                                                                     settings_.concurrentPayloadWriterCount);
   if (!written) return std::unexpected(written.error());
   auto manifest = checkedManifest(library, *plan, identifiers->manifest, libraryDomainIdentifier_, settings_.layout,
                                   [&] { return settings_.sources.identifier(); }, scope);
@@ -315,33 +317,11 @@ std::expected<GaldrineBackupWrittenCommitV1, Failure> GaldrineBackupPackageWrite
 std::expected<GaldrineBackupWrittenCommitV1, Failure> GaldrineBackupPackageWriterV1::commitSnapshot(
     const GaldrineBackupLineageV1& lineage, const GaldrineBackupIdentifierV1& commitIdentifier,
     SnapshotToCommit stored, const GaldrineBackupCommitRequestV1& request) {
-  std::optional<GaldrineBackupArtifactReferenceV1> parent;
-  if (lineage.parent) parent = lineage.parent->reference();
-  // Every commit of one snapshot carries the snapshot's time, as readers require.
-  const std::int64_t createdAt = stored.snapshot.createdAtUTCMilliseconds();
-  const auto commit = GaldrineBackupCommitV1::make(
-      bytesOf(commitIdentifier), bytesOf(libraryDomainIdentifier_), parent, stored.reference,
-      stored.root.identifier(), bytesOf(writerDeviceIdentifier_), lineage.writerEpoch, lineage.generation, createdAt,
-      stored.snapshot.requiredPayloadSetSHA256(), lineage.acknowledgedReferences());
-  if (!commit) return galdrineBackupWriterFailure(commit.error());
-  const auto sealed = GaldrineBackupGraphV1::sealCommit(*commit, package_.header().packageIdentifier(), bpmk_);
-  if (!sealed) return galdrineBackupWriterFailure(sealed.error());
-  auto authenticated = GaldrineAuthenticatedBackupCommitV1::make(sealed->reference, *commit);
-  if (!authenticated) return galdrineBackupWriterFailure(authenticated.error());
-
-  // The commit must stand in the graph as a reader will judge it, before its file exists.
-  std::vector<GaldrineAuthenticatedBackupCommitV1> extended(commits_.begin(), commits_.end());
-  extended.push_back(*authenticated);
-  if (const auto scan = GaldrineBackupCommitGraphV1::scan(extended, heads_); !scan)
-    return galdrineBackupWriterFailure(scan.error());
-  auto commitFile = GaldrineBackupArtifactFileV1::writeOnce(
-      package_, "commits", *GaldrineBackupGraphV1::commitFileName(commitIdentifier), sealed->frame);
-  if (!commitFile) return std::unexpected(commitFile.error());
-  commits_.push_back(*authenticated);
-
+  auto commit = writeCommitFile(lineage, commitIdentifier, stored);
+  if (!commit) return std::unexpected(commit.error());
   GaldrineBackupWrittenCommitV1 result{commitIdentifier,
-                                       std::move(*authenticated),
-                                       std::move(*commitFile),
+                                       std::move(commit->first),
+                                       std::move(commit->second),
                                        stored.reference,
                                        std::move(stored.snapshot),
                                        std::move(stored.snapshotFile),
@@ -356,15 +336,51 @@ std::expected<GaldrineBackupWrittenCommitV1, Failure> GaldrineBackupPackageWrite
                                        std::nullopt,
                                        std::nullopt};
   describePayloads(result, package_, stored.reused, stored.written);
+  if (auto done = publish(request, result); !done) return std::unexpected(done.error());
+  return result;
+}
+
+std::expected<std::pair<GaldrineAuthenticatedBackupCommitV1, fs::path>, Failure>
+GaldrineBackupPackageWriterV1::writeCommitFile(const GaldrineBackupLineageV1& lineage,
+                                               const GaldrineBackupIdentifierV1& commitIdentifier,
+                                               const SnapshotToCommit& stored) {
+  std::optional<GaldrineBackupArtifactReferenceV1> parent;
+  if (lineage.parent) parent = lineage.parent->reference();
+  // Every commit of one snapshot carries the snapshot's time, as readers require.
+  const auto commit = GaldrineBackupCommitV1::make(
+      bytesOf(commitIdentifier), bytesOf(libraryDomainIdentifier_), parent, stored.reference, stored.root.identifier(),
+      bytesOf(writerDeviceIdentifier_), lineage.writerEpoch, lineage.generation,
+      stored.snapshot.createdAtUTCMilliseconds(), stored.snapshot.requiredPayloadSetSHA256(),
+      lineage.acknowledgedReferences());
+  if (!commit) return galdrineBackupWriterFailure(commit.error());
+  const auto sealed = GaldrineBackupGraphV1::sealCommit(*commit, package_.header().packageIdentifier(), bpmk_);
+  if (!sealed) return galdrineBackupWriterFailure(sealed.error());
+  auto authenticated = GaldrineAuthenticatedBackupCommitV1::make(sealed->reference, *commit);
+  if (!authenticated) return galdrineBackupWriterFailure(authenticated.error());
+
+  // The commit must stand in the graph as a reader will judge it, before its file exists.
+  std::vector<GaldrineAuthenticatedBackupCommitV1> extended(commits_.begin(), commits_.end());
+  extended.push_back(*authenticated);
+  if (const auto scan = GaldrineBackupCommitGraphV1::scan(extended, heads_); !scan)
+    return galdrineBackupWriterFailure(scan.error());
+  auto file = GaldrineBackupArtifactFileV1::writeOnce(package_, "commits",
+                                                      *GaldrineBackupGraphV1::commitFileName(commitIdentifier), sealed->frame);
+  if (!file) return std::unexpected(file.error());
+  commits_.push_back(*authenticated);
+  return std::pair(std::move(*authenticated), std::move(*file));
+}
+
+std::expected<void, Failure> GaldrineBackupPackageWriterV1::publish(const GaldrineBackupCommitRequestV1& request,
+                                                                    GaldrineBackupWrittenCommitV1& written) {
   if (request.publishHead) {
-    auto head = writeHead(commitIdentifier, request.headIdentifier);
+    auto head = writeHead(written.commitIdentifier, request.headIdentifier);
     if (!head) return std::unexpected(head.error());
-    result.head = std::move(*head);
+    written.head = std::move(*head);
   }
   if (request.writeConvenienceHead) {
-    auto file = writeConvenienceHead(commitIdentifier);
+    auto file = writeConvenienceHead(written.commitIdentifier);
     if (!file) return std::unexpected(file.error());
-    result.convenienceHeadFile = std::move(*file);
+    written.convenienceHeadFile = std::move(*file);
   }
-  return result;
+  return {};
 }

@@ -1,13 +1,14 @@
 #include "GaldrineBackupWriter/GaldrineBackupPayloadWritingV1.hpp"
 
 #include <algorithm>
+#include <mutex>
+#include <optional>
+#include <thread>
 
 #include "GaldrineBackupWriter/GaldrineBackupContentSourceV1.hpp"
 #include "GaldrineCryptoPrimitives/GaldrineBackupPackContainerHeaderV1.hpp"
 #include "GaldrineCryptoPrimitives/GaldrineBackupPayloadV1.hpp"
 #include "GaldrineCryptoPrimitives/GaldrineSHA256.hpp"
-#include "GaldrineCryptoSupport/GaldrineSecureMemory.hpp"
-#include "GaldrinePlatform/GaldrineScopeGuard.hpp"
 
 namespace {
 
@@ -22,15 +23,24 @@ using Planned = GaldrineBackupPlannedResourceV1;
   return std::move(*directory);
 }
 
-[[nodiscard]] std::expected<Bytes, Failure> wholeContent(const Planned& resource) {
+// Scratch is one writer's buffers, kept from one file to the next so that memory is mapped once
+// and not zeroed again for every file. The content it holds is a copy of the caller's plaintext
+// media, not key material, and is not wiped.
+struct Scratch {
+  std::vector<GaldrineBackupPackEntryInputV1> entries;
+  Bytes piece;
+};
+
+// readWhole reads all of a resource's content into `content`, which takes its length.
+[[nodiscard]] std::expected<void, Failure> readWhole(const Planned& resource, Bytes& content) {
   auto reader = GaldrineBackupContentReaderV1::open(resource.description->content);
   if (!reader) return galdrineBackupWriterFailure(reader.error());
   if (reader->byteCount() != resource.plaintextByteCount)
     return galdrineBackupWriterFailure(GaldrineBackupWriterV1Error::contentChanged);
-  Bytes content(static_cast<std::size_t>(resource.plaintextByteCount));
+  content.resize(static_cast<std::size_t>(resource.plaintextByteCount));
   if (auto done = reader->read(content); !done) return galdrineBackupWriterFailure(done.error());
   if (auto done = reader->finish(); !done) return galdrineBackupWriterFailure(done.error());
-  return content;
+  return {};
 }
 
 [[nodiscard]] GaldrineBackupPayloadPartRecordV1 part(std::uint64_t ordinal, std::uint64_t offset, std::uint64_t byteCount,
@@ -45,22 +55,20 @@ using Planned = GaldrineBackupPlannedResourceV1;
 
 [[nodiscard]] std::expected<void, Failure> writeSegment(GaldrineBackupPayloadPlanV1& plan,
                                                         const GaldrineBackupPlannedSegmentV1& segment,
-                                                        const fs::path& packs, const GaldrineBackupKeyScopeV1& scope) {
-  std::vector<GaldrineBackupPackEntryInputV1> entries;
-  const GaldrineScopeGuard wipeEntries{[&] {
-    for (auto& entry : entries) GaldrineSecureMemory::wipe(entry.plaintext);
-  }};
-  entries.reserve(segment.resources.size());
-  for (const std::size_t position : segment.resources) {
-    auto content = wholeContent(plan.resources[position]);
-    if (!content) return std::unexpected(content.error());
-    const auto& identifier = plan.resources[position].description->identifier;
-    entries.push_back({Bytes(identifier.begin(), identifier.end()), std::move(*content)});
+                                                        const fs::path& packs, const GaldrineBackupKeyScopeV1& scope,
+                                                        Scratch& scratch) {
+  auto& entries = scratch.entries;
+  if (entries.size() < segment.resources.size()) entries.resize(segment.resources.size());
+  for (std::size_t ordinal = 0; ordinal < segment.resources.size(); ++ordinal) {
+    const Planned& resource = plan.resources[segment.resources[ordinal]];
+    entries[ordinal].identifier.assign(resource.description->identifier.begin(), resource.description->identifier.end());
+    if (auto done = readWhole(resource, entries[ordinal].plaintext); !done) return done;
   }
   const fs::path file = packs / *GaldrineBackupPayloadV1::packSegmentFileName(segment.identifier);
   const auto descriptor = GaldrineBackupPayloadV1::writePackSegment(file, scope.packageIdentifier,
                                                                     scope.libraryDomainIdentifier, segment.identifier,
-                                                                    segment.key, entries);
+                                                                    segment.key,
+                                                                    std::span(entries).first(segment.resources.size()));
   if (!descriptor) return galdrineBackupWriterFailure(descriptor.error());
   // A part names the whole segment file by length and digest, which the descriptor does not
   // carry: the file is read once more, from the cache it was just written through.
@@ -82,14 +90,14 @@ using Planned = GaldrineBackupPlannedResourceV1;
                                                                 const GaldrineBackupPlannedChunkedResourceV1& chunked,
                                                                 const fs::path& objects,
                                                                 const GaldrineBackupPayloadLayoutV1& layout,
-                                                                const GaldrineBackupKeyScopeV1& scope) {
+                                                                const GaldrineBackupKeyScopeV1& scope, Scratch& scratch) {
   Planned& resource = plan.resources[chunked.resource];
   auto reader = GaldrineBackupContentReaderV1::open(resource.description->content);
   if (!reader) return galdrineBackupWriterFailure(reader.error());
   if (reader->byteCount() != resource.plaintextByteCount)
     return galdrineBackupWriterFailure(GaldrineBackupWriterV1Error::contentChanged);
-  Bytes piece(static_cast<std::size_t>(std::min(layout.chunkPlaintextByteCount, resource.plaintextByteCount)));
-  const GaldrineScopeGuard wipePiece{[&] { GaldrineSecureMemory::wipe(piece); }};
+  Bytes& piece = scratch.piece;
+  piece.resize(static_cast<std::size_t>(std::min(layout.chunkPlaintextByteCount, resource.plaintextByteCount)));
   GaldrinePlatformSHA256::Hasher hasher;
   std::vector<GaldrineBackupPayloadPartRecordV1> parts;
   for (std::size_t ordinal = 0; ordinal < chunked.chunkIdentifiers.size(); ++ordinal) {
@@ -113,6 +121,34 @@ using Planned = GaldrineBackupPlannedResourceV1;
   return {};
 }
 
+// Jobs hands out the payload files of a plan to one or more workers: each segment and each
+// chunked resource is one job, and the first failure stops every worker before its next job.
+class Jobs {
+ public:
+  explicit Jobs(std::size_t count) : count_(count) {}
+
+  // next gives the next job, or nothing once all are taken or one has failed.
+  [[nodiscard]] std::optional<std::size_t> next() {
+    const std::lock_guard lock(mutex_);
+    if (failure_ || taken_ == count_) return std::nullopt;
+    return taken_++;
+  }
+  void fail(Failure failure) {
+    const std::lock_guard lock(mutex_);
+    if (!failure_) failure_ = std::move(failure);
+  }
+  [[nodiscard]] std::optional<Failure> failure() {
+    const std::lock_guard lock(mutex_);
+    return failure_;
+  }
+
+ private:
+  std::mutex mutex_;
+  std::size_t count_;
+  std::size_t taken_ = 0;
+  std::optional<Failure> failure_;
+};
+
 }  // namespace
 
 namespace GaldrineBackupPayloadWritingV1 {
@@ -120,21 +156,33 @@ namespace GaldrineBackupPayloadWritingV1 {
 std::expected<std::vector<GaldrineBackupIdentifierV1>, Failure> writePayloads(GaldrineBackupPayloadPlanV1& plan,
                                                                              const GaldrineBackupPackageV1& package,
                                                                              const GaldrineBackupPayloadLayoutV1& layout,
-                                                                             const GaldrineBackupKeyScopeV1& scope) {
+                                                                             const GaldrineBackupKeyScopeV1& scope,
+                                                                             std::size_t concurrentWriterCount) {
   const auto packs = directoryOf(package, "packs");
   if (!packs) return std::unexpected(packs.error());
   const auto objects = directoryOf(package, "objects");
   if (!objects) return std::unexpected(objects.error());
+  // Jobs touch disjoint parts of the plan: a segment its own resources, a chunked resource itself.
+  Jobs jobs(plan.segments.size() + plan.chunkedResources.size());
+  const auto work = [&] {
+    Scratch scratch;
+    while (const auto job = jobs.next()) {
+      const auto done = *job < plan.segments.size()
+                            ? writeSegment(plan, plan.segments[*job], *packs, scope, scratch)
+                            : writeChunkedResource(plan, plan.chunkedResources[*job - plan.segments.size()], *objects,
+                                                   layout, scope, scratch);
+      if (!done) jobs.fail(done.error());
+    }
+  };
+  {
+    std::vector<std::jthread> helpers;
+    for (std::size_t helper = 1; helper < std::max<std::size_t>(concurrentWriterCount, 1); ++helper) helpers.emplace_back(work);
+    work();
+  }
+  if (auto failure = jobs.failure()) return std::unexpected(std::move(*failure));
   std::vector<GaldrineBackupIdentifierV1> written;
-  for (const auto& segment : plan.segments) {
-    if (auto done = writeSegment(plan, segment, *packs, scope); !done) return std::unexpected(done.error());
-    written.push_back(segment.identifier);
-  }
-  for (const auto& chunked : plan.chunkedResources) {
-    if (auto done = writeChunkedResource(plan, chunked, *objects, layout, scope); !done)
-      return std::unexpected(done.error());
-    std::ranges::copy(chunked.chunkIdentifiers, std::back_inserter(written));
-  }
+  for (const auto& segment : plan.segments) written.push_back(segment.identifier);
+  for (const auto& chunked : plan.chunkedResources) std::ranges::copy(chunked.chunkIdentifiers, std::back_inserter(written));
   return written;
 }
 

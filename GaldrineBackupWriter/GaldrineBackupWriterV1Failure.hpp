@@ -13,6 +13,7 @@
 #include "GaldrineCryptoPrimitives/GaldrineBackupGraphV1Error.hpp"
 #include "GaldrineCryptoPrimitives/GaldrineBackupManifestRecordV1Error.hpp"
 #include "GaldrineCryptoPrimitives/GaldrineBackupPayloadV1.hpp"
+#include "GaldrineKeyManagement/GaldrineRecoveryKeyMnemonicV1Error.hpp"
 #include "GaldrinePlatform/GaldrinePlatformFileError.hpp"
 #include "GaldrinePortableKeyEnvelope/GaldrineBackupKeyEnvelopeFileV1.hpp"
 #include "GaldrinePortableKeyEnvelope/GaldrineBackupKeyEnvelopeSetV1Error.hpp"
@@ -23,7 +24,7 @@ using GaldrineBackupWriterV1Failure =
                  GaldrineBackupKeyEnvelopeSetV1Error, GaldrineBackupKeyEnvelopeSetV1Failure,
                  GaldrineBackupKeyEnvelopeFileV1Error, GaldrineBackupKeyEnvelopeFileV1Failure,
                  GaldrineBackupGraphV1Error, GaldrineBackupManifestRecordV1Error, GaldrineBackupPayloadV1Failure,
-                 GaldrineBackupCommitGraphV1Error, GaldrinePlatformFileError>;
+                 GaldrineBackupCommitGraphV1Error, GaldrineRecoveryKeyMnemonicV1Error, GaldrinePlatformFileError>;
 
 // galdrineBackupWriterFailure wraps any of the alternatives as the unexpected value of a result.
 template <typename Error>

@@ -33,8 +33,10 @@ struct Tips {
 };
 
 [[nodiscard]] Tips tipsOf(const Writer& writer) {
-  const auto scan = writer.scan();
+  const auto scan = scanFromDisk(writer);
   if (!scan) return {};
+  for (const auto& commit : writer.commits()) expectSoundManifest(writer, commit.commit());
+  EXPECT_EQ(writer.scan(), *scan);  // the writer's own view agrees with the files
   Tips tips;
   for (const auto& tip : scan->retainedTips) tips.retained.push_back(*GaldrineFixedBytes::identifier(tip.reference().identifier()));
   tips.fork = !scan->accessState.isWritable();
@@ -87,8 +89,16 @@ TEST(GaldrineBackupCommitLineage, AnAppendedCommitKeepsUnchangedPayloadsAndWrite
   }
   // Files this commit shares were written by the first one and are not written again.
   std::set<fs::path> firstFiles;
-  for (const auto& file : first.payloadFiles) firstFiles.insert(file.path);
+  std::map<fs::path, std::pair<Bytes, fs::file_time_type>> firstStates;
+  for (const auto& file : first.payloadFiles) {
+    firstFiles.insert(file.path);
+    firstStates[file.path] = {fileBytes(file.path), fs::last_write_time(file.path)};
+  }
   for (const auto& file : second.payloadFiles) EXPECT_EQ(file.newlyWritten, !firstFiles.contains(file.path)) << file.path;
+  for (const auto& [path, state] : firstStates) {
+    EXPECT_EQ(fileBytes(path), state.first) << path;
+    EXPECT_EQ(fs::last_write_time(path), state.second) << path;
+  }
 
   const auto read = readBack(writer, second.commit.commit());
   ASSERT_TRUE(read);

@@ -2,6 +2,8 @@
 
 #include <functional>
 
+#include "GaldrineBackupWriter/GaldrineBackupPseudoRandomV1.hpp"
+#include "GaldrineBackupWriter/GaldrineBackupRecoveryKeyV1.hpp"
 #include "GaldrineCryptoPrimitives/GaldrineBackupCommitGraphV1.hpp"
 #include "GaldrineCryptoSupport/GaldrineArgon2id.hpp"
 #include "GaldrinePortableKeyEnvelope/GaldrineBackupKeyEnvelopeFileV1.hpp"
@@ -177,6 +179,89 @@ TEST(GaldrineBackupPackageWriterV1, AWrittenSnapshotReadsBackThroughTheFormatsOw
   described.insert(writer.package().packageURL() / "format-header.cbor");
   described.insert(writer.package().packageURL() / "key-envelopes.cbor");
   EXPECT_EQ(filesUnder(writer.package().packageURL()), described);
+}
+
+TEST(GaldrineBackupPackageWriterV1, APassphraseOpensThePackageForAppendingAndAMissingFactorCostsNoDerivation) {
+  const GaldrineTemporaryDirectory directory;
+  const fs::path both = directory / "Both.galdrine";
+  ASSERT_TRUE(Writer::create(both, {ByteView(kPassphrase), ByteView(kRecoveryKey)}, settings()));
+  auto appending = Writer::openWithBackupPassphrase(both, kPassphrase, settings());
+  ASSERT_TRUE(appending);
+  ASSERT_TRUE(appending->writeCommit(GaldrineBackupSampleLibraryV1::make({})));
+
+  const fs::path recoveryOnly = directory / "Recovery.galdrine";
+  (void)createWithRecoveryKey(recoveryOnly);
+  const std::uint64_t derivationsBefore = GaldrineArgon2id::derivationCount();
+  EXPECT_EQ(Writer::openWithBackupPassphrase(recoveryOnly, kPassphrase, settings()).error(),
+            Failure(Error::credentialFactorUnavailable));
+  EXPECT_EQ(GaldrineArgon2id::derivationCount(), derivationsBefore);
+}
+
+TEST(GaldrineBackupPackageWriterV1, AGeneratedRecoveryKeyIsWrittenDownAsWordsThatOpenThePackage) {
+  const GaldrineTemporaryDirectory directory;
+  const auto sources = GaldrineBackupWriterSourcesV1::deterministic(31, 0);
+  const auto generated = GaldrineBackupRecoveryKeyV1::generate(sources);
+  ASSERT_TRUE(generated);
+  EXPECT_EQ(std::ranges::count(generated->phrase(), ' '), 23);
+  ASSERT_TRUE(Writer::create(directory / "Library.galdrine", {std::nullopt, generated->key()}, settings()));
+  const std::string typed = "  " + std::string(generated->phrase()) + "\n";
+  const auto read = GaldrineBackupRecoveryKeyV1::fromPhrase(typed);
+  ASSERT_TRUE(read);
+  EXPECT_TRUE(std::ranges::equal(read->key(), generated->key()));
+  EXPECT_TRUE(Writer::openWithRecoveryKey(directory / "Library.galdrine", read->key(), settings()));
+  EXPECT_EQ(GaldrineBackupRecoveryKeyV1::fromPhrase("abandon").error(),
+            Failure(GaldrineRecoveryKeyMnemonicV1Error::invalidWordCount(24, 1)));
+}
+
+TEST(GaldrineBackupPackageWriterV1, ContentIsReadInPiecesNoLargerThanAChunk) {
+  const GaldrineTemporaryDirectory directory;
+  GaldrineBackupWriterSettingsV1 defaults = settings();
+  defaults.layout = {};
+  auto writer = Writer::create(directory / "Library.galdrine", {std::nullopt, ByteView(kRecoveryKey)}, defaults);
+  ASSERT_TRUE(writer);
+  constexpr std::uint64_t byteCount = 40 * 1024 * 1024 + 123;  // three chunks, the last one short
+  auto largestPiece = std::make_shared<std::size_t>(0);
+  auto library = GaldrineBackupSampleLibraryV1::make({.photoCount = 1, .livePhotoCount = 0, .videoCount = 1});
+  auto& video = library.items.back().resources.front();
+  video.content = GaldrineBackupContentSourceV1::generated(byteCount, [largestPiece](std::uint64_t offset, std::span<std::uint8_t> into) {
+    *largestPiece = std::max(*largestPiece, into.size());
+    GaldrineBackupPseudoRandomV1::fill(8, offset, into);
+  });
+  const auto written = writer->writeCommit(library);
+  ASSERT_TRUE(written);
+  EXPECT_EQ(*largestPiece, 16u * 1024 * 1024);
+  const auto* resource = written->resource(video.identifier);
+  ASSERT_NE(resource, nullptr);
+  EXPECT_EQ(resource->container, GaldrineBackupPayloadContainerKindV1::chunk);
+  EXPECT_EQ(resource->partFiles.size(), 3u);
+  const auto read = readBack(*writer, written->commit.commit());
+  ASSERT_TRUE(read);
+  const auto record = std::ranges::find_if(read->records, [&](const Record& candidate) {
+    return candidate.resource() != nullptr && candidate.resource()->identifier() == video.identifier;
+  });
+  ASSERT_NE(record, read->records.end());
+  const auto payload = payloadOf(*writer, read->records, *record->resource());
+  ASSERT_TRUE(payload);
+  EXPECT_EQ(payload->size(), byteCount);
+  EXPECT_EQ(GaldrinePlatformSHA256::digest(*payload), resource->plaintextSHA256);
+  Bytes expected(byteCount);
+  GaldrineBackupPseudoRandomV1::fill(8, 0, expected);
+  EXPECT_TRUE(*payload == expected);
+}
+
+TEST(GaldrineBackupPackageWriterV1, ALaterCommitReplacesTheConvenienceHead) {
+  const GaldrineTemporaryDirectory directory;
+  auto writer = createWithRecoveryKey(directory / "Library.galdrine");
+  const auto library = GaldrineBackupSampleLibraryV1::make({.photoCount = 1, .livePhotoCount = 0, .videoCount = 0});
+  const auto first = writer.writeCommit(library, {.writeConvenienceHead = true});
+  const auto second = writer.writeCommit(library, {.writeConvenienceHead = true});
+  ASSERT_TRUE(first && second);
+  EXPECT_EQ(*second->convenienceHeadFile, directory / "Library.galdrine" / "HEAD");
+  EXPECT_EQ(fileBytes(*second->convenienceHeadFile),
+            GaldrineByteText::bytes(GaldrineByteText::lowerHex(second->commitIdentifier) + "\n"));
+  EXPECT_TRUE(namesIn(directory / "Library.galdrine" / "tmp").empty());
+  EXPECT_TRUE(GaldrineBackupPackageV1::open(directory / "Library.galdrine"));
+  EXPECT_EQ(writer.writeConvenienceHead(Identifier{0x05}).error(), Failure(Error::unknownCommit));
 }
 
 TEST(GaldrineBackupPackageWriterV1, ALibraryTheManifestRefusesWritesNoFile) {

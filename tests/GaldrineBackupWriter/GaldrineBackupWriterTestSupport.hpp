@@ -13,6 +13,7 @@
 
 #include "GaldrineBackupWriter/GaldrineBackupPackageWriterV1.hpp"
 #include "GaldrineBackupWriter/GaldrineBackupSampleLibraryV1.hpp"
+#include "GaldrineCryptoPrimitives/GaldrineBackupCommitGraphV1.hpp"
 #include "GaldrineCryptoPrimitives/GaldrineBackupGraphV1.hpp"
 #include "GaldrineCryptoPrimitives/GaldrineBackupManifestRecordCodecV1.hpp"
 #include "GaldrineCryptoPrimitives/GaldrineBackupPayloadV1.hpp"
@@ -41,6 +42,7 @@ inline const Bytes kRecoveryKey = [] {
   GaldrineBackupWriterSettingsV1 settings;
   settings.sources = GaldrineBackupWriterSourcesV1::deterministic(seed, 1700000000000);
   settings.layout = smallLayout();
+  settings.concurrentPayloadWriterCount = 2;  // so that every test also runs the writers side by side
   return settings;
 }
 
@@ -144,6 +146,58 @@ struct ReadBack {
     plaintext.insert(plaintext.end(), piece->begin(), piece->end());
   }
   return plaintext;
+}
+
+// scanFromDisk opens every file in commits/ and heads/ as a reader discovers it and scans the
+// graph they make; any file that does not open fails the running test.
+[[nodiscard]] inline std::optional<GaldrineBackupCommitGraphScanV1> scanFromDisk(const Writer& writer) {
+  const fs::path root = writer.package().packageURL();
+  const ByteView packageIdentifier = writer.package().header().packageIdentifier();
+  std::vector<GaldrineAuthenticatedBackupCommitV1> commits;
+  std::vector<GaldrineAuthenticatedBackupHeadV1> heads;
+  for (const auto& entry : fs::directory_iterator(root / "commits")) {
+    const auto identifier = GaldrineByteText::parseLowerHex(entry.path().stem().string());
+    auto commit = GaldrineBackupGraphV1::openDiscoveredCommit(fileBytes(entry.path()), identifier.value_or(Bytes{}),
+                                                              packageIdentifier, writer.libraryDomainIdentifier(),
+                                                              writer.backupPackageMasterKey());
+    if (!commit) {
+      ADD_FAILURE() << "commit does not open: " << entry.path();
+      return std::nullopt;
+    }
+    commits.push_back(std::move(*commit));
+  }
+  for (const auto& entry : fs::directory_iterator(root / "heads")) {
+    const auto identifier = GaldrineByteText::parseLowerHex(entry.path().stem().string());
+    auto head = GaldrineBackupGraphV1::openDiscoveredHead(fileBytes(entry.path()), identifier.value_or(Bytes{}),
+                                                          packageIdentifier, writer.libraryDomainIdentifier(),
+                                                          writer.backupPackageMasterKey());
+    if (!head) {
+      ADD_FAILURE() << "head does not open: " << entry.path();
+      return std::nullopt;
+    }
+    heads.push_back(std::move(*head));
+  }
+  auto scan = GaldrineBackupCommitGraphV1::scan(commits, heads);
+  if (!scan) return std::nullopt;
+  return std::move(*scan);
+}
+
+// expectSoundManifest reads a commit's manifest back, validates it, and compares the summary
+// with the snapshot's and the commit's fields.
+inline void expectSoundManifest(const Writer& writer, const GaldrineBackupCommitV1& commit) {
+  const auto read = readBack(writer, commit);
+  ASSERT_TRUE(read);
+  const auto summary = GaldrineBackupManifestRecordCodecV1::validateAndSummarize(
+      read->sections, writer.package().header().packageIdentifier(), writer.libraryDomainIdentifier(),
+      writer.backupPackageMasterKey());
+  ASSERT_TRUE(summary);
+  EXPECT_EQ(summary->counts, read->snapshot.counts());
+  EXPECT_EQ(summary->logicalPlaintextByteCount, read->snapshot.logicalPlaintextByteCount());
+  EXPECT_EQ(summary->encryptedPayloadByteCount, read->snapshot.encryptedPayloadByteCount());
+  EXPECT_EQ(summary->requiredPayloadSetSHA256, read->snapshot.requiredPayloadSetSHA256());
+  EXPECT_EQ(summary->requiredPayloadSetSHA256, commit.requiredPayloadSetSHA256());
+  EXPECT_EQ(read->snapshot.createdAtUTCMilliseconds(), commit.createdAtUTCMilliseconds());
+  EXPECT_EQ(read->root.createdAtUTCMilliseconds(), commit.createdAtUTCMilliseconds());
 }
 
 // namesIn lists a directory's entry names, sorted.
