@@ -1,9 +1,11 @@
 #include "GaldrinePlatform/GaldrineUniformType.hpp"
 
+#include <algorithm>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
+#include "GaldrinePlatform/GaldrineUnicodeText.hpp"
 #include "GaldrinePlatform/GaldrineUniformTypeRows.hpp"
 
 struct GaldrineUniformTypeEntry {
@@ -59,6 +61,19 @@ std::optional<GaldrineUniformType> GaldrineUniformType::fromIdentifier(std::stri
   const auto found = types.indexByLowercasedIdentifier.find(asciiLowercased(identifier));
   if (found == types.indexByLowercasedIdentifier.end()) return std::nullopt;
   return GaldrineUniformType(&types.entries[found->second]);
+}
+
+std::optional<GaldrineUniformType> GaldrineUniformType::fromFileNameExtension(std::string_view extension) {
+  if (extension.empty()) return std::nullopt;
+  // Tags are lower-case ASCII, which is its own full case folding.
+  const auto folded = GaldrineUnicodeText::caseFolded(extension);
+  if (!folded) return std::nullopt;
+  const Registry& types = registry();
+  const auto found = std::ranges::find_if(types.entries, [&](const GaldrineUniformTypeEntry& entry) {
+    return std::ranges::find(entry.fileNameExtensionTags, *folded) != entry.fileNameExtensionTags.end();
+  });
+  if (found == types.entries.end()) return std::nullopt;
+  return GaldrineUniformType(&*found);
 }
 
 std::string_view GaldrineUniformType::identifier() const { return entry_->identifier; }

@@ -16,6 +16,11 @@ class GaldrineUniformType {
   // fromIdentifier gives the registered type of that identifier, or nothing.
   [[nodiscard]] static std::optional<GaldrineUniformType> fromIdentifier(std::string_view identifier);
 
+  // fromFileNameExtension gives the first registered type, in table order, that lists
+  // `extension` (without the dot) among its tags, compared in full case folding, so "JPG" finds
+  // public.jpeg. An empty extension, text that is not UTF-8, or an unlisted tag gives nothing.
+  [[nodiscard]] static std::optional<GaldrineUniformType> fromFileNameExtension(std::string_view extension);
+
   // identifier is the registered spelling, whatever the spelling of the lookup.
   [[nodiscard]] std::string_view identifier() const;
   [[nodiscard]] bool conformsToImage() const;

@@ -49,13 +49,17 @@ std::string_view prompt(GaldrineRecoveryToolCredentialFactorV1 factor) {
 
 std::expected<Bytes, TerminalCredentialError> readHiddenPrompt(GaldrineRecoveryToolCredentialFactorV1 factor,
                                                                std::int64_t maximumByteCount) {
+  return readHiddenPrompt(prompt(factor), maximumByteCount);
+}
+
+std::expected<Bytes, TerminalCredentialError> readHiddenPrompt(std::string_view promptText, std::int64_t maximumByteCount) {
   if (maximumByteCount < 0) return std::unexpected(TerminalCredentialError::unavailable);
   Bytes buffer = sizedOnce(static_cast<std::size_t>(maximumByteCount) + 1);
   GaldrineScopeGuard wipeBuffer{[&] { GaldrineSecureMemory::wipe(buffer); }};
-  const std::string promptText(prompt(factor));
+  const std::string terminatedPrompt(promptText);
   // RPP_REQUIRE_TTY: the entry comes from the controlling terminal only, never from a
   // redirected standard input, and without a terminal there is no entry at all.
-  if (::readpassphrase(promptText.c_str(), reinterpret_cast<char*>(buffer.data()), buffer.size(), RPP_REQUIRE_TTY) == nullptr) {
+  if (::readpassphrase(terminatedPrompt.c_str(), reinterpret_cast<char*>(buffer.data()), buffer.size(), RPP_REQUIRE_TTY) == nullptr) {
     return std::unexpected(TerminalCredentialError::unavailable);
   }
   const auto end = std::ranges::find(buffer, std::uint8_t{0});

@@ -34,6 +34,11 @@ inline constexpr std::size_t redirectedChunkByteCount = 4096;
 [[nodiscard]] std::expected<Bytes, TerminalCredentialError> readHiddenPrompt(GaldrineRecoveryToolCredentialFactorV1 factor,
                                                                              std::int64_t maximumByteCount);
 
+// readHiddenPrompt with a text of its own shows `promptText` instead of a factor's prompt, as
+// a command does that asks for a new passphrase a second time; it reads in the same way.
+[[nodiscard]] std::expected<Bytes, TerminalCredentialError> readHiddenPrompt(std::string_view promptText,
+                                                                             std::int64_t maximumByteCount);
+
 // readRedirected reads `descriptor` to its end in chunks of at most 4096 bytes. A terminal
 // fails with unavailable (it never falls back to a prompt), a failed read with unavailable,
 // and more than maximumByteCount bytes, counted before the line ending is removed, with

@@ -8,7 +8,7 @@ packages=(
   libssl-dev libsodium-dev nlohmann-json3-dev libicu-dev libbsd-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   clang-16 libclang-rt-16-dev
-  openssl argon2 hyperfine python3 python3-mnemonic restic time
+  openssl argon2 hyperfine python3 python3-mnemonic python3-pil restic time
 )
 
 missing=()
