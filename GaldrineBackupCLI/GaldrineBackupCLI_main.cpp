@@ -2,26 +2,18 @@
 
 #include <unistd.h>
 
-#include <cerrno>
 #include <string>
 #include <vector>
 
 #include "GaldrineBackupCLI/GaldrineBackupToolV1.hpp"
+#include "GaldrinePlatform/GaldrinePlatformFiles.hpp"
 #include "GaldrineBackupCLI/TerminalBackupCredentialReader.hpp"
 #include "GaldrineCryptoSupport/GaldrineSecureMemory.hpp"
 
 namespace {
 
-// writeWhole hands the bytes to the descriptor, continuing only where the kernel took part of
-// them or a signal interrupted it. A failure is dropped: there is no one left to tell.
-void writeWhole(int descriptor, ByteView bytes) {
-  while (!bytes.empty()) {
-    const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written <= 0) return;
-    bytes = bytes.subspan(static_cast<std::size_t>(written));
-  }
-}
+// A failure to write the program's output is dropped: there is no one left to tell.
+void writeWhole(int descriptor, ByteView bytes) { (void)GaldrinePlatformFiles::writeAll(descriptor, bytes); }
 
 }  // namespace
 

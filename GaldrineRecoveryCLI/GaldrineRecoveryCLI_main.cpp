@@ -2,26 +2,17 @@
 
 #include <unistd.h>
 
-#include <cerrno>
 #include <string>
 #include <vector>
 
 #include "GaldrineRecoveryCLI/TerminalCredentialReader.hpp"
+#include "GaldrinePlatform/GaldrinePlatformFiles.hpp"
 #include "GaldrineRecoveryTool/GaldrineRecoveryToolV1.hpp"
 
 namespace {
 
-// writeWhole hands the bytes to the descriptor in one call, continuing only where the
-// kernel took part of them or a signal interrupted it. A failure is dropped: there is no
-// one left to tell.
-void writeWhole(int descriptor, ByteView bytes) {
-  while (!bytes.empty()) {
-    const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written <= 0) return;
-    bytes = bytes.subspan(static_cast<std::size_t>(written));
-  }
-}
+// A failure to write the program's output is dropped: there is no one left to tell.
+void writeWhole(int descriptor, ByteView bytes) { (void)GaldrinePlatformFiles::writeAll(descriptor, bytes); }
 
 }  // namespace
 

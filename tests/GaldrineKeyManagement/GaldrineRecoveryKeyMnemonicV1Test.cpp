@@ -5,6 +5,7 @@
 #include <fstream>
 #include <iterator>
 #include <random>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -155,23 +156,33 @@ TEST(GaldrineRecoveryKeyMnemonicV1, TellsFailuresApartInCheckOrder) {
 }
 
 // The last word carries 3 bits of entropy and the 8-bit checksum, so for a fixed start exactly
-// 8 of the 2048 possible last words fit, one for each value of those 3 bits.
+// 8 of the 2048 possible last words fit, one for each value of those 3 bits: the words of the
+// keys that differ from zero only in those bits. A spread of the other words fails the checksum.
 TEST(GaldrineRecoveryKeyMnemonicV1, ExactlyEightLastWordsFitTheChecksum) {
+  const std::vector<std::string> zeroWords = wordsOf(kZeroPhrase);
+  std::set<std::string> fittingLastWords;
+  for (std::uint8_t lowBits = 0; lowBits < 8; ++lowBits) {
+    Bytes entropy(32, 0);
+    entropy.back() = lowBits;
+    const auto phrase = Mnemonic::phrase(entropy, kBuildWordList);
+    ASSERT_TRUE(phrase.has_value());
+    std::vector<std::string> words = wordsOf(*phrase);
+    fittingLastWords.insert(words.back());
+    words.pop_back();
+    EXPECT_EQ(words, std::vector<std::string>(zeroWords.begin(), zeroWords.end() - 1));
+    EXPECT_EQ(Mnemonic::entropy(*phrase, kBuildWordList), entropy);
+  }
+  ASSERT_EQ(fittingLastWords.size(), 8u);
+
   const auto vocabulary = GaldrineRecoveryKeyVocabulary::load(kBuildWordList);
   ASSERT_TRUE(vocabulary.has_value());
-  std::vector<std::string> words = wordsOf(kZeroPhrase);
-  std::size_t fitting = 0;
-  for (std::uint16_t index = 0; index < 2048; ++index) {
+  std::vector<std::string> words = zeroWords;
+  for (std::uint16_t index = 0; index < 2048; index += 61) {
     words[23] = std::string(vocabulary->word(index));
-    const auto entropy = Mnemonic::entropy(joined(words, " "), kBuildWordList);
-    if (entropy) {
-      ++fitting;
-      EXPECT_EQ(Mnemonic::phrase(*entropy, kBuildWordList), joined(words, " "));
-    } else {
-      EXPECT_EQ(entropy.error(), Error::checksumMismatch()) << words[23];
-    }
+    if (fittingLastWords.contains(words[23])) continue;
+    EXPECT_EQ(Mnemonic::entropy(joined(words, " "), kBuildWordList), std::unexpected(Error::checksumMismatch()))
+        << words[23];
   }
-  EXPECT_EQ(fitting, 8u);
 }
 
 TEST(GaldrineRecoveryKeyMnemonicV1, RefusesEntropyOfAnotherLengthBeforeReadingTheList) {
