@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -19,7 +20,7 @@ std::vector<std::string> fields(const std::string& line, char separator) {
 // The compiled registry must say what the table in the source tree says, line for line: this
 // catches a generator that drops, reorders or mangles rows.
 TEST(GaldrineUniformType, CompiledRegistryMatchesTheSourceTable) {
-  std::ifstream table(std::string(GALDRINE_SOURCE_DIRECTORY) + "/resources/uniform-types.tsv");
+  std::ifstream table(std::filesystem::path(GALDRINE_SOURCE_DIRECTORY) / "resources" / "uniform-types.tsv");
   ASSERT_TRUE(table.is_open());
   std::size_t rowCount = 0;
   for (std::string line; std::getline(table, line);) {

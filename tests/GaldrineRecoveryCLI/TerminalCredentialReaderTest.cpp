@@ -59,8 +59,8 @@ TEST(TerminalCredentialReader, RedirectedInputIsBoundedBeforeTheLineEndingGoes) 
     std::optional<std::size_t> expectedByteCount;
   } cases[] = {
       {std::string(16384, 'x'), 16384},
-      {std::string(16383, 'x') + "\n", 16383},
-      {std::string(16384, 'x') + "\n", std::nullopt},
+      {std::string(16383, 'x') + '\n', 16383},
+      {std::string(16384, 'x') + '\n', std::nullopt},
       {std::string(16385, '\n'), std::nullopt},
       {std::string(100000, 'x'), std::nullopt},
   };
