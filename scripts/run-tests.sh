@@ -5,7 +5,8 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 ./scripts/install-dependencies.sh
-jobs="$(nproc)"
+# One job more than cores: the compilers wait on the disk often enough to use it.
+jobs="$(( $(nproc) + 1 ))"
 
 for preset in default sanitize; do
   echo "== ${preset} build =="
