@@ -22,6 +22,7 @@
 #include <vector>
 
 #include "GaldrineCryptoPrimitives/GaldrineBackupManifestRecordCodecV1.hpp"
+#include "BenchmarkMoment.hpp"
 #include "GaldrineCryptoSupport/GaldrineSecureMemory.hpp"
 #include "GaldrineKeyManagement/GaldrineRecoveryKeyMnemonicV1.hpp"
 #include "GaldrineRecoveryCore/ExportWriting.hpp"
@@ -36,20 +37,6 @@ namespace Exporter = GaldrineRecoveryExporterV1;
 
 // The recovery key GaldrineInspectBenchmark writes its packages with.
 const Bytes kRecoveryKey(32, 0x5A);
-
-struct Moment {
-  double wallSeconds;
-  double userSeconds;
-  double systemSeconds;
-
-  [[nodiscard]] static Moment now() {
-    rusage usage{};
-    ::getrusage(RUSAGE_SELF, &usage);
-    const auto seconds = [](const timeval& value) { return static_cast<double>(value.tv_sec) + value.tv_usec * 1e-6; };
-    const auto wall = std::chrono::steady_clock::now().time_since_epoch();
-    return {std::chrono::duration<double>(wall).count(), seconds(usage.ru_utime), seconds(usage.ru_stime)};
-  }
-};
 
 [[nodiscard]] std::string phaseJSON(std::string_view name, const Moment& start, const Moment& end) {
   char text[256];

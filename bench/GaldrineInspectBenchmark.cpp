@@ -24,6 +24,7 @@
 #include <vector>
 
 #include "GaldrineBackupWriter/GaldrineBackupPackageWriterV1.hpp"
+#include "BenchmarkMoment.hpp"
 #include "GaldrineCryptoSupport/GaldrineSecureMemory.hpp"
 #include "GaldrinePlatform/GaldrineScopeGuard.hpp"
 #include "GaldrineRecoveryCore/GaldrineRecoveryPackageInspectorV1.hpp"
@@ -91,20 +92,6 @@ int writePackage(const fs::path& mediaDirectory, const fs::path& packageURL, con
   std::printf("%zu payload files\n", written->payloadFiles.size());
   return 0;
 }
-
-struct Moment {
-  double wallSeconds;
-  double userSeconds;
-  double systemSeconds;
-
-  [[nodiscard]] static Moment now() {
-    rusage usage{};
-    ::getrusage(RUSAGE_SELF, &usage);
-    const auto seconds = [](const timeval& value) { return static_cast<double>(value.tv_sec) + value.tv_usec * 1e-6; };
-    const auto wall = std::chrono::steady_clock::now().time_since_epoch();
-    return {std::chrono::duration<double>(wall).count(), seconds(usage.ru_utime), seconds(usage.ru_stime)};
-  }
-};
 
 // resetPeakResidentMemory makes the kernel's high-water mark start again from the current size.
 void resetPeakResidentMemory() {
