@@ -6,6 +6,8 @@
 
 #include <chrono>
 
+namespace galdrine::bench {
+
 struct Moment {
   double wallSeconds;
   double userSeconds;
@@ -19,3 +21,5 @@ struct Moment {
     return {std::chrono::duration<double>(wall).count(), seconds(usage.ru_utime), seconds(usage.ru_stime)};
   }
 };
+
+}  // namespace galdrine::bench

@@ -8,8 +8,10 @@
 #include <string>
 #include <vector>
 
-#include "GaldrineRecoveryCore/ExportModel.hpp"
-#include "GaldrineRecoveryCore/ResourcePlan.hpp"
+#include "recovery/export/ExportModel.hpp"
+#include "recovery/export/ResourcePlan.hpp"
+
+namespace galdrine::bench {
 
 namespace {
 
@@ -27,40 +29,40 @@ auto made(Result result) {
   return std::move(*result);
 }
 
-GaldrineBackupMediaResourceRecordV1 resource(std::uint64_t number, std::uint64_t item, const char* type,
-                                             GaldrineBackupMediaResourceRoleV1 role) {
+format::BackupMediaResourceRecordV1 resource(std::uint64_t number, std::uint64_t item, const char* type,
+                                             format::BackupMediaResourceRoleV1 role) {
   const Bytes digest = numbered(number, 32);
   const Bytes artifact = numbered(number + 1, 16);
-  const auto part = made(GaldrineBackupPayloadPartRecordV1::make({0, 0, 1000, digest, GaldrineBackupPayloadContainerKindV1::pack,
+  const auto part = made(format::BackupPayloadPartRecordV1::make({0, 0, 1000, digest, format::BackupPayloadContainerKindV1::pack,
                                                                   artifact, 0, 2000, digest}));
-  return made(GaldrineBackupMediaResourceRecordV1::make({numbered(number, 16), numbered(item, 16), role, type, 1000,
+  return made(format::BackupMediaResourceRecordV1::make({numbered(number, 16), numbered(item, 16), role, type, 1000,
                                                          std::nullopt, std::nullopt, std::nullopt, digest,
                                                          numbered(7, 16), std::span(&part, 1)}));
 }
 
-std::vector<GaldrineBackupManifestRecordV1> library() {
-  std::vector<GaldrineBackupManifestRecordV1> records;
+std::vector<format::BackupManifestRecordV1> library() {
+  std::vector<format::BackupManifestRecordV1> records;
   for (std::uint64_t item = 1; item <= kItemCount; ++item) {
     const Bytes still = numbered(item * 4 + 1, 16);
     const Bytes movie = numbered(item * 4 + 2, 16);
     const ByteView resources[] = {still, movie};
     const std::string name = "IMG_" + std::to_string(item % 1000) + ".HEIC";  // each name fifty times
-    records.emplace_back(made(GaldrineBackupMediaItemRecordV1::make(
-        {numbered(item * 4, 16), GaldrineBackupMediaKindV1::livePhoto, 0, std::nullopt, GaldrineBackupMediaDateSourceV1::camera, 0,
-         name, false, GaldrineBackupMediaLifecycleV1::active, std::nullopt, GaldrineBackupMediaSourceTypeV1::photos, false,
+    records.emplace_back(made(format::BackupMediaItemRecordV1::make(
+        {numbered(item * 4, 16), format::BackupMediaKindV1::livePhoto, 0, std::nullopt, format::BackupMediaDateSourceV1::camera, 0,
+         name, false, format::BackupMediaLifecycleV1::active, std::nullopt, format::BackupMediaSourceTypeV1::photos, false,
          resources})));
-    records.emplace_back(resource(item * 4 + 1, item * 4, "public.heic", GaldrineBackupMediaResourceRoleV1::primary));
-    records.emplace_back(resource(item * 4 + 2, item * 4, "com.apple.quicktime-movie", GaldrineBackupMediaResourceRoleV1::pairedVideo));
+    records.emplace_back(resource(item * 4 + 1, item * 4, "public.heic", format::BackupMediaResourceRoleV1::primary));
+    records.emplace_back(resource(item * 4 + 2, item * 4, "com.apple.quicktime-movie", format::BackupMediaResourceRoleV1::pairedVideo));
   }
   return records;
 }
 
 void planOfLivePhotos(benchmark::State& state) {
   const auto records = library();
-  const auto model = GaldrineRecoveryExporterV1::exportModel(records);
+  const auto model = recovery::RecoveryExporter::exportModel(records);
   if (!model) std::abort();
   for (auto _ : state) {
-    auto plan = GaldrineRecoveryExporterV1::resourcePlan(*model);
+    auto plan = recovery::RecoveryExporter::resourcePlan(*model);
     if (!plan) std::abort();
     benchmark::DoNotOptimize(plan);
   }
@@ -70,7 +72,7 @@ void planOfLivePhotos(benchmark::State& state) {
 void modelOfLivePhotos(benchmark::State& state) {
   const auto records = library();
   for (auto _ : state) {
-    auto model = GaldrineRecoveryExporterV1::exportModel(records);
+    auto model = recovery::RecoveryExporter::exportModel(records);
     if (!model) std::abort();
     benchmark::DoNotOptimize(model);
   }
@@ -81,3 +83,5 @@ void modelOfLivePhotos(benchmark::State& state) {
 
 BENCHMARK(planOfLivePhotos)->Unit(benchmark::kMillisecond)->Iterations(3);
 BENCHMARK(modelOfLivePhotos)->Unit(benchmark::kMillisecond)->Iterations(3);
+
+}  // namespace galdrine::bench

@@ -15,9 +15,11 @@
 #include <string>
 #include <system_error>
 
-#include "GaldrinePlatform/GaldrinePlatformFiles.hpp"
-#include "GaldrinePlatform/GaldrinePlatformSHA256.hpp"
-#include "GaldrineRecoveryCore/RecoveryOutputFile.hpp"
+#include "platform/Files.hpp"
+#include "platform/SHA256.hpp"
+#include "recovery/export/RecoveryOutputFile.hpp"
+
+namespace galdrine::bench {
 
 namespace {
 
@@ -33,7 +35,7 @@ struct Fixture {
     std::string directoryPattern = (fs::current_path() / "galdrine-output-bench-XXXXXX").string();
     if (::mkdtemp(directoryPattern.data()) == nullptr) std::abort();
     directory = directoryPattern;
-    GaldrinePlatformSHA256::Hasher hasher;
+    platform::SHA256::Hasher hasher;
     for (std::size_t index = 0; index < kPartCount; ++index) hasher.update(part);
     digest = hasher.finalize();
   }
@@ -46,7 +48,7 @@ struct Fixture {
 
   Bytes part;
   fs::path directory;
-  GaldrineSHA256Digest digest{};
+  platform::SHA256Digest digest{};
 };
 
 Fixture& fixture() {
@@ -72,9 +74,9 @@ void plainWriteAndSynchronize(benchmark::State& state) {
   for (auto _ : state) {
     const int descriptor = createPlainFile(file);
     for (std::size_t index = 0; index < kPartCount; ++index) {
-      if (!GaldrinePlatformFiles::writeAll(descriptor, fixture().part)) std::abort();
+      if (!platform::Files::writeAll(descriptor, fixture().part)) std::abort();
     }
-    if (!GaldrinePlatformFiles::synchronizeFile(descriptor) || ::close(descriptor) != 0) std::abort();
+    if (!platform::Files::synchronizeFile(descriptor) || ::close(descriptor) != 0) std::abort();
     finishRun(state, file);
   }
   state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * kPartCount * kPartByteCount));
@@ -83,7 +85,7 @@ void plainWriteAndSynchronize(benchmark::State& state) {
 void recoveryOutputFile(benchmark::State& state) {
   const fs::path file = fixture().directory / "output";
   for (auto _ : state) {
-    auto output = GaldrineRecoveryExporterV1::RecoveryOutputFile::create(file);
+    auto output = recovery::RecoveryExporter::RecoveryOutputFile::create(file);
     if (!output) std::abort();
     for (std::size_t index = 0; index < kPartCount; ++index) {
       if (!output->append(fixture().part)) std::abort();
@@ -101,17 +103,17 @@ void writeAndHash(benchmark::State& state, const char* name, std::size_t sliceBy
   const fs::path file = fixture().directory / name;
   for (auto _ : state) {
     const int descriptor = createPlainFile(file);
-    GaldrinePlatformSHA256::Hasher hasher;
+    platform::SHA256::Hasher hasher;
     for (std::size_t index = 0; index < kPartCount; ++index) {
       for (std::size_t offset = 0; offset < kPartByteCount; offset += sliceByteCount) {
         const ByteView slice = ByteView(fixture().part).subspan(offset, sliceByteCount);
-        if (!GaldrinePlatformFiles::writeAll(descriptor, slice)) std::abort();
+        if (!platform::Files::writeAll(descriptor, slice)) std::abort();
         hasher.update(slice);
       }
-      if (startsWriteBack) GaldrinePlatformFiles::startWriteBack(descriptor, index * kPartByteCount, kPartByteCount);
+      if (startsWriteBack) platform::Files::startWriteBack(descriptor, index * kPartByteCount, kPartByteCount);
     }
     benchmark::DoNotOptimize(hasher.finalize());
-    if (!GaldrinePlatformFiles::synchronizeFile(descriptor) || ::close(descriptor) != 0) std::abort();
+    if (!platform::Files::synchronizeFile(descriptor) || ::close(descriptor) != 0) std::abort();
     finishRun(state, file);
   }
   state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * kPartCount * kPartByteCount));
@@ -126,10 +128,10 @@ void plainWriteWithEarlyWriteBack(benchmark::State& state) {
   for (auto _ : state) {
     const int descriptor = createPlainFile(file);
     for (std::size_t index = 0; index < kPartCount; ++index) {
-      if (!GaldrinePlatformFiles::writeAll(descriptor, fixture().part)) std::abort();
-      GaldrinePlatformFiles::startWriteBack(descriptor, index * kPartByteCount, kPartByteCount);
+      if (!platform::Files::writeAll(descriptor, fixture().part)) std::abort();
+      platform::Files::startWriteBack(descriptor, index * kPartByteCount, kPartByteCount);
     }
-    if (!GaldrinePlatformFiles::synchronizeFile(descriptor) || ::close(descriptor) != 0) std::abort();
+    if (!platform::Files::synchronizeFile(descriptor) || ::close(descriptor) != 0) std::abort();
     finishRun(state, file);
   }
   state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * kPartCount * kPartByteCount));
@@ -142,3 +144,5 @@ BENCHMARK(recoveryOutputFile)->Iterations(3)->UseRealTime()->Unit(benchmark::kMi
 BENCHMARK(plainWriteWithEarlyWriteBack)->Iterations(3)->UseRealTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(slicedHashingWithoutEarlyWriteBack)->Iterations(3)->UseRealTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(wholePartHashingWithEarlyWriteBack)->Iterations(3)->UseRealTime()->Unit(benchmark::kMillisecond);
+
+}  // namespace galdrine::bench

@@ -7,7 +7,7 @@
 #    backup passphrase (3 passes over 64 MiB) and the benchmark's recovery key;
 #  - restic: a restic repository holding the media under the same passphrase.
 #
-# The caller sets `scratch` and `program` (a GaldrineInspectBenchmark, whose `write` command
+# The caller sets `scratch` and `program` (a InspectBenchmark, whose `write` command
 # writes a package) before calling prepare_benchmark_library.
 
 prepare_benchmark_media() {

@@ -4,9 +4,9 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-cmake --preset default >/dev/null
-cmake --build --preset default --target GaldrineCommitGraphBenchmark -j2 >/dev/null
-binary=build/bench/GaldrineCommitGraphBenchmark
+cmake --preset bench >/dev/null
+cmake --build --preset bench --target CommitGraphBenchmark -j2 >/dev/null
+binary=build-bench/bench/CommitGraphBenchmark
 
 log="$(mktemp)"
 trap 'rm -f "$log"' EXIT

@@ -11,7 +11,7 @@
 #  - `restic restore` of the same media followed by `sync`, with GOMAXPROCS=1 and with its
 #    default;
 #  - the peak resident memory of the export (`/usr/bin/time -v`) for the 1.4 GB package and
-#    for a 256 MiB one, and where the export's time goes (bench/GaldrineExportBenchmark).
+#    for a 256 MiB one, and where the export's time goes (bench/ExportBenchmark).
 # Every reader starts from a warm page cache, and every writer from a synchronised disk. Times
 # are medians of the repetitions; CPU times are user and system time of the process, which the
 # machine's other load does not inflate.
@@ -27,11 +27,11 @@ for command in openssl restic python3 cmake /usr/bin/time; do
   command -v "$command" >/dev/null || { echo "$command is missing: run scripts/install-dependencies.sh" >&2; exit 1; }
 done
 
-cmake --preset default >/dev/null
-cmake --build --preset default --target galdrine-recovery GaldrineInspectBenchmark GaldrineExportBenchmark --parallel 2 >/dev/null
-program=build/bench/GaldrineInspectBenchmark
-tool=build/galdrine-recovery
-phases=build/bench/GaldrineExportBenchmark
+cmake --preset bench >/dev/null
+cmake --build --preset bench --target galdrine-recovery InspectBenchmark ExportBenchmark --parallel 2 >/dev/null
+program=build-bench/bench/InspectBenchmark
+tool=build-bench/galdrine-recovery
+phases=build-bench/bench/ExportBenchmark
 
 source bench/benchmark-library.sh
 prepare_benchmark_library

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Builds bench/GaldrineFrameBenchmark (default preset), runs it beside `openssl speed` in the
+# Builds bench/FrameBenchmark (bench preset), runs it beside `openssl speed` in the
 # same run, and prints one table: our throughput, OpenSSL's on 16384-byte blocks, and the
 # ratio. The aim is at least 85% of OpenSSL for frame open and for streaming SHA-256.
 set -euo pipefail
@@ -7,12 +7,12 @@ cd "$(dirname "$0")/.."
 
 seconds="${OPENSSL_SECONDS:-3}"
 
-cmake --preset default >/dev/null
-cmake --build --preset default --target GaldrineFrameBenchmark -j2 >/dev/null
+cmake --preset bench >/dev/null
+cmake --build --preset bench --target FrameBenchmark -j2 >/dev/null
 
 results="$(mktemp)"
 trap 'rm -f "$results"' EXIT
-./build/bench/GaldrineFrameBenchmark --benchmark_format=json >"$results" 2>/dev/null
+./build-bench/bench/FrameBenchmark --benchmark_format=json >"$results" 2>/dev/null
 
 # openssl speed reports thousands of bytes per second; the last line holds the figure.
 openssl_rate() {

@@ -21,9 +21,9 @@ for command in openssl restic python3 cmake /usr/bin/time; do
   command -v "$command" >/dev/null || { echo "$command is missing: run scripts/install-dependencies.sh" >&2; exit 1; }
 done
 
-cmake --preset default >/dev/null
-cmake --build --preset default --target GaldrineInspectBenchmark --parallel 2 >/dev/null
-program=build/bench/GaldrineInspectBenchmark
+cmake --preset bench >/dev/null
+cmake --build --preset bench --target InspectBenchmark --parallel 2 >/dev/null
+program=build-bench/bench/InspectBenchmark
 
 source bench/benchmark-library.sh
 prepare_benchmark_library

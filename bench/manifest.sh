@@ -7,8 +7,9 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-binary=build/bench/GaldrineManifestBenchmark
-cmake --build --preset default --target GaldrineManifestBenchmark >/dev/null
+cmake --preset bench >/dev/null
+binary=build-bench/bench/ManifestBenchmark
+cmake --build --preset bench --target ManifestBenchmark >/dev/null
 work="$(mktemp -d)"
 trap 'rm -rf "$work"' EXIT
 

@@ -16,10 +16,10 @@ for command in /usr/bin/python3 restic cmake /usr/bin/time; do
   command -v "$command" >/dev/null || { echo "$command is missing: run scripts/install-dependencies.sh" >&2; exit 1; }
 done
 
-cmake --preset default >/dev/null
-cmake --build --preset default --target galdrine-recovery galdrine-backup --parallel 2 >/dev/null
-recovery="$PWD/build/galdrine-recovery"
-backup="$PWD/build/galdrine-backup"
+cmake --preset bench >/dev/null
+cmake --build --preset bench --target galdrine-recovery galdrine-backup --parallel 2 >/dev/null
+recovery="$PWD/build-bench/galdrine-recovery"
+backup="$PWD/build-bench/galdrine-backup"
 
 media="$scratch/media"
 package="$scratch/library.galdrine"

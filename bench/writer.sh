@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Builds bench/GaldrineBackupWriterBench (default preset) and prints, for a library of 1.3 GB
+# Builds bench/BackupWriterBench (bench preset) and prints, for a library of 1.3 GB
 # read from files, the wall and process CPU time of: the floor (read, hash, seal, hash, write,
 # synchronise), the format's payload writers alone on the same bytes, and the package writer
 # with one and two payload writers; then each one's ratio to the floor. Wall times follow the
@@ -7,12 +7,12 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-cmake --preset default >/dev/null
-cmake --build --preset default --target GaldrineBackupWriterBench -j2 >/dev/null
+cmake --preset bench >/dev/null
+cmake --build --preset bench --target BackupWriterBench -j2 >/dev/null
 
 results="$(mktemp)"
 trap 'rm -f "$results"' EXIT
-./build/bench/GaldrineBackupWriterBench --benchmark_format=json >"$results" 2>/dev/null
+./build-bench/bench/BackupWriterBench --benchmark_format=json >"$results" 2>/dev/null
 
 python3 - "$results" <<'PYTHON'
 import json, sys

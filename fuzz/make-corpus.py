@@ -76,21 +76,21 @@ def main():
     frame = cbor(frame_fields())
 
     # The first byte chooses the codec's limits: 0 header, 1 authenticated data, 2 frame.
-    write("GaldrineCBORFuzz", "header", b"\x00" + header)
-    write("GaldrineCBORFuzz", "authenticated-data", b"\x01" + cbor(aad_array()))
-    write("GaldrineCBORFuzz", "frame", b"\x02" + frame)
-    write("GaldrineCBORFuzz", "mixed", b"\x03" + cbor([0, -1, -(2 ** 64), 2 ** 64 - 1, True, None, "\u20ac\U0010ffff",
+    write("CBORFuzz", "header", b"\x00" + header)
+    write("CBORFuzz", "authenticated-data", b"\x01" + cbor(aad_array()))
+    write("CBORFuzz", "frame", b"\x02" + frame)
+    write("CBORFuzz", "mixed", b"\x03" + cbor([0, -1, -(2 ** 64), 2 ** 64 - 1, True, None, "\u20ac\U0010ffff",
                                                        {23: [], 24: {}, 256: b""}]))
 
-    write("GaldrineFormatHeaderFuzz", "valid", header)
-    write("GaldrineFormatHeaderFuzz", "version-2", cbor({**header_fields(bytes(16)), 3: 2}))
-    write("GaldrineFormatHeaderFuzz", "thirteen-keys", cbor({**header_fields(bytes(16)), 12: None}))
+    write("FormatHeaderFuzz", "valid", header)
+    write("FormatHeaderFuzz", "version-2", cbor({**header_fields(bytes(16)), 3: 2}))
+    write("FormatHeaderFuzz", "thirteen-keys", cbor({**header_fields(bytes(16)), 12: None}))
 
     # The first byte chooses the plaintext limit: 2 is 60 bytes, 4 is 16 MiB, 0 is zero.
-    write("GaldrineAESGCMFrameFuzz", "known-answer", b"\x02" + frame)
-    write("GaldrineAESGCMFrameFuzz", "known-answer-largest-limit", b"\x04" + frame)
-    write("GaldrineAESGCMFrameFuzz", "damaged-tag", b"\x02" + cbor(frame_fields(tag=bytes(16))))
-    write("GaldrineAESGCMFrameFuzz", "empty", b"\x00" + cbor(frame_fields(ciphertext=b"")))
+    write("AESGCMFrameFuzz", "known-answer", b"\x02" + frame)
+    write("AESGCMFrameFuzz", "known-answer-largest-limit", b"\x04" + frame)
+    write("AESGCMFrameFuzz", "damaged-tag", b"\x02" + cbor(frame_fields(tag=bytes(16))))
+    write("AESGCMFrameFuzz", "empty", b"\x00" + cbor(frame_fields(ciphertext=b"")))
 
 
 if __name__ == "__main__":

@@ -1,9 +1,0 @@
-#pragma once
-// BackupSourceIdentitiesError is why no identifier could be derived.
-
-#include <cstdint>
-
-enum class BackupSourceIdentitiesError : std::uint8_t {
-  invalidKey,        // the package master key is not 32 bytes
-  derivationFailed,  // the key derivation of the platform failed
-};

@@ -1,7 +1,0 @@
-#pragma once
-
-#include <cstdint>
-
-enum class GaldrineSodiumRuntimeError : std::uint8_t {
-  initializationFailed,
-};

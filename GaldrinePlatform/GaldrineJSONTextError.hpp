@@ -1,9 +1,0 @@
-#pragma once
-// GaldrineJSONTextError: a JSON document could not be written as text. The only cause is a
-// string in it that is not valid UTF-8, which is refused rather than altered.
-
-#include <cstdint>
-
-enum class GaldrineJSONTextError : std::uint8_t {
-  invalidUTF8,
-};

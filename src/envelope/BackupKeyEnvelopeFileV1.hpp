@@ -1,0 +1,74 @@
+#pragma once
+// BackupKeyEnvelopeFileV1 moves a key envelope set between memory and the package's
+// key-envelopes.cbor, the one file of a package that is replaced in place. Reading is bounded
+// and accepts only a regular file of 1 to 8192 bytes, never through a symbolic link. Replacing
+// is a compare-and-swap on the file's SHA-256: the new set is staged in the package's tmp
+// directory, made durable, read back and proven, and renamed over the current file only if
+// that file is still the one the caller read. No lock is taken; the last writer to rename
+// wins whatever race the second check leaves.
+
+#include <expected>
+#include <optional>
+#include <string_view>
+#include <variant>
+
+#include "format/package/BackupPackageV1.hpp"
+#include "platform/Bytes.hpp"
+#include "envelope/BackupKeyEnvelopeFileFaultPoint.hpp"
+#include "envelope/BackupKeyEnvelopeFileRead.hpp"
+#include "envelope/BackupKeyEnvelopeFileV1Error.hpp"
+#include "envelope/BackupKeyEnvelopeSetV1.hpp"
+
+namespace galdrine::envelope {
+
+// A read fails with the file's own case, the package's failure as opening it gave it, or the
+// set's failure as decoding gave it.
+using BackupKeyEnvelopeFileV1Failure =
+    std::variant<BackupKeyEnvelopeFileV1Error, format::BackupPackageV1Failure, BackupKeyEnvelopeSetV1Failure>;
+
+namespace BackupKeyEnvelopeFileV1 {
+
+inline constexpr std::string_view stagedNamePrefix = ".key-envelopes-";
+inline constexpr std::string_view stagedNameSuffix = ".tmp";
+inline constexpr std::int64_t maximumFileByteCount = BackupKeyEnvelopeSetV1::maximumEncodedByteCount;
+
+// readBoundedRegularFile is the one way this file is read: opened read-only without following
+// a final symbolic link, it must be a regular file of 1 to 8192 bytes by fstat, and one read of
+// at most 8193 bytes must give exactly that many. Anything else, a read error included, is
+// invalidEnvelopeFile. The descriptor is closed on every path.
+[[nodiscard]] std::expected<Bytes, BackupKeyEnvelopeFileV1Error> readBoundedRegularFile(
+    const std::filesystem::path& filePath);
+
+// read opens the package again at its path (its failure unchanged) and requires the same header
+// value and bytes as `package` (packageBindingMismatch); the file must exist by lstat
+// (envelopeFileMissing), pass the bounded read (invalidEnvelopeFile), decode (the set's
+// failure unchanged) and name the header's package (packageBindingMismatch). The digest is of
+// the bytes as read. Reading never writes.
+[[nodiscard]] std::expected<BackupKeyEnvelopeFileRead, BackupKeyEnvelopeFileV1Failure> read(
+    const format::BackupPackageV1& package);
+
+// writeAtomically replaces the file with `envelopeSet` if the current file's SHA-256 is
+// `replacing`, or creates it if `replacing` is nothing and no file exists. In this order: a
+// digest of 32 bytes (invalidExpectedDigest); the package reopened with the same header, and
+// the set naming it (packageBindingMismatch); the current file as expected (staleCurrentFile,
+// or invalidEnvelopeFile and packageBindingMismatch from reading it); then the set is staged
+// as ".key-envelopes-<uuid>.tmp" in tmp, refusing to overwrite, synchronised with its
+// directory, read back and compared; the current file is checked again; and the staged file is
+// renamed onto the final name. Any other failure up to here is publicationFailed, the current
+// file is untouched and the staged file removed (an existing file at the staged name is not
+// ours and is left alone). After the rename, a failed synchronisation of tmp and the package
+// directory, or a read-back that differs, is publicationOutcomeUnknown. The result is what was
+// read back from the final file.
+[[nodiscard]] std::expected<BackupKeyEnvelopeFileRead, BackupKeyEnvelopeFileV1Error> writeAtomically(
+    const BackupKeyEnvelopeSetV1& envelopeSet, const format::BackupPackageV1& package,
+    std::optional<ByteView> replacing);
+
+// The same, asking `faultHook` at each fault point; a stop there fails as described with the
+// fault points.
+[[nodiscard]] std::expected<BackupKeyEnvelopeFileRead, BackupKeyEnvelopeFileV1Error> writeAtomically(
+    const BackupKeyEnvelopeSetV1& envelopeSet, const format::BackupPackageV1& package,
+    std::optional<ByteView> replacing, const BackupKeyEnvelopeFileFaultHook& faultHook);
+
+}  // namespace BackupKeyEnvelopeFileV1
+
+}  // namespace galdrine::envelope

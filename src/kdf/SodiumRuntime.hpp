@@ -1,0 +1,23 @@
+#pragma once
+// SodiumRuntime starts the library that derives passphrase keys and says which version
+// of it this process runs.
+
+#include <expected>
+#include <string_view>
+
+#include "kdf/SodiumRuntimeError.hpp"
+
+namespace galdrine::kdf {
+
+namespace SodiumRuntime {
+
+// initialize prepares the library; calling it again is harmless and succeeds. It fails with
+// initializationFailed only when the library cannot start (no usable random source).
+[[nodiscard]] std::expected<void, SodiumRuntimeError> initialize();
+
+// versionString is the library's own version text, such as "1.0.18".
+[[nodiscard]] std::string_view versionString();
+
+}  // namespace SodiumRuntime
+
+}  // namespace galdrine::kdf

@@ -1,0 +1,22 @@
+#pragma once
+// branchLineage walks one retained tip back to its root through the parents of authenticated
+// commits and gives their preflights, tip first. The walk is iterative and remembers every
+// commit it visited, so a cycle fails instead of looping.
+
+#include <expected>
+#include <map>
+#include <vector>
+
+#include "platform/Bytes.hpp"
+#include "recovery/inspection/AuthenticatedContent.hpp"
+#include "recovery/inspection/RecoveryPackageInspectorError.hpp"
+#include "recovery/inspection/RecoverySnapshotPreflight.hpp"
+
+namespace galdrine::recovery {
+
+// A commit visited twice, or one without a content or a preflight, is integrityFailure.
+[[nodiscard]] std::expected<std::vector<RecoverySnapshotPreflight>, RecoveryPackageInspectorError>
+branchLineage(const Bytes& tipCommitIdentifier, const std::map<Bytes, AuthenticatedContent>& contents,
+              const std::map<Bytes, RecoverySnapshotPreflight>& preflightsByCommit);
+
+}  // namespace galdrine::recovery

@@ -1,0 +1,132 @@
+#include "recoverytool/LiveBackend.hpp"
+
+#include <string_view>
+#include <utility>
+
+#include "platform/SecureMemory.hpp"
+#include "keys/RecoveryKeyMnemonicV1.hpp"
+#include "platform/ScopeGuard.hpp"
+#include "platform/UTF8.hpp"
+#include "recovery/export/RecoveryExporter.hpp"
+#include "recovery/inspection/RecoveryPackageInspector.hpp"
+#include "recoverytool/LiveBackendErrorMapping.hpp"
+
+namespace galdrine::recoverytool {
+
+namespace {
+
+namespace fs = std::filesystem;
+using Factor = envelope::PortableKeyFactorV1;
+using EngineDisposition = recovery::RecoveryBranchDispositionV1;
+
+[[nodiscard]] RecoveryToolBranchDisposition toolDisposition(const EngineDisposition& disposition) {
+  switch (disposition.code) {
+    case EngineDisposition::Code::canonicalizedBranches:
+      return RecoveryToolBranchDisposition::canonicalizedBranches(disposition.canonicalTipIdentifier);
+    case EngineDisposition::Code::noPublishedHead: return RecoveryToolBranchDisposition::noPublishedHead();
+    case EngineDisposition::Code::singleBranch: return RecoveryToolBranchDisposition::singleBranch();
+    case EngineDisposition::Code::unresolvedFork: return RecoveryToolBranchDisposition::unresolvedFork();
+  }
+  std::unreachable();
+}
+
+[[nodiscard]] RecoveryToolSnapshot toolSnapshot(const recovery::RecoverySnapshotPreflight& preflight) {
+  const auto& evidence = preflight.payloadFileEvidence;
+  return RecoveryToolSnapshot{preflight.commitIdentifier,
+                              preflight.createdAtUTCMilliseconds,
+                              preflight.writerEpoch,
+                              preflight.generation,
+                              preflight.isRetainedTip,
+                              preflight.counts.itemCount(),
+                              preflight.counts.resourceCount(),
+                              preflight.counts.folderCount(),
+                              preflight.counts.albumCount(),
+                              preflight.counts.membershipCount(),
+                              preflight.counts.tombstoneCount(),
+                              preflight.logicalPlaintextByteCount,
+                              preflight.encryptedPayloadByteCount,
+                              {evidence.requiredFileCount, evidence.matchingFileCount, evidence.missingFileCount,
+                               evidence.mismatchedFileCount, evidence.unreadableFileCount}};
+}
+
+[[nodiscard]] RecoveryToolBranch toolBranch(const recovery::RecoveryPreservedBranch& branch) {
+  RecoveryToolBranch converted{branch.tipCommitIdentifier, {}};
+  converted.commitIdentifiers.reserve(branch.snapshots.size());
+  for (const auto& snapshot : branch.snapshots) converted.commitIdentifiers.push_back(snapshot.commitIdentifier);
+  return converted;
+}
+
+// withCredentialBytes hands the engine what the factor calls for, built from the credential,
+// and wipes it after the call whatever came of it: a copy of the passphrase bytes, or the
+// recovery key's 32 bytes.
+template <typename Result, typename Call, typename MapKeyError>
+[[nodiscard]] std::expected<Result, RecoveryToolError> withCredentialBytes(Factor factor, ByteView credential, Call call,
+                                                                         MapKeyError mapKeyError) {
+  if (factor == Factor::backupPassphrase) {
+    Bytes passphrase(credential.begin(), credential.end());
+    ScopeGuard wipePassphrase{[&] { platform::SecureMemory::wipe(passphrase); }};
+    return call(factor, ByteView(passphrase));
+  }
+  auto recoveryKey = LiveBackend::recoveryKey(credential);
+  if (!recoveryKey) return std::unexpected(mapKeyError(recoveryKey.error()));
+  ScopeGuard wipeKey{[&] { platform::SecureMemory::wipe(*recoveryKey); }};
+  return call(factor, ByteView(*recoveryKey));
+}
+
+}  // namespace
+
+std::expected<Bytes, RecoveryToolBackendError> LiveBackend::recoveryKey(ByteView credential) {
+  if (!platform::UTF8::isValid(credential)) return std::unexpected(RecoveryToolBackendError::invalidCredential);
+  const std::string_view phrase(reinterpret_cast<const char*>(credential.data()), credential.size());
+  auto entropy = keys::RecoveryKeyMnemonicV1::entropy(phrase);
+  if (!entropy) return std::unexpected(RecoveryToolBackendError::invalidCredential);
+  return std::move(*entropy);
+}
+
+RecoveryToolInspection LiveBackend::toolInspection(const recovery::RecoveryPackageInspection& inspection) {
+  RecoveryToolInspection converted;
+  converted.packageIdentifier = inspection.packageIdentifier;
+  converted.formatIdentifier = inspection.formatIdentifier;
+  converted.formatVersion = inspection.formatVersion;
+  converted.unlockedFactor = inspection.unlockedFactor == envelope::PortableKeyFactorV1::backupPassphrase
+                                 ? Factor::backupPassphrase
+                                 : Factor::recoveryKey;
+  converted.branchDisposition = toolDisposition(inspection.branchDisposition);
+  for (const auto& branch : inspection.preservedBranches) converted.branches.push_back(toolBranch(branch));
+  for (const auto& snapshot : inspection.authenticatedSnapshots) converted.snapshots.push_back(toolSnapshot(snapshot));
+  converted.authenticatedCommitCount = inspection.authenticatedCommitCount;
+  converted.authenticatedHeadCount = inspection.authenticatedHeadCount;
+  converted.maximumWriterEpoch = inspection.maximumWriterEpoch;
+  return converted;
+}
+
+std::expected<RecoveryToolInspection, RecoveryToolError> LiveBackend::inspect(const fs::path& packagePath, Factor factor,
+                                                                              ByteView credential) {
+  const auto call = [&](Factor usedFactor, ByteView secret) -> std::expected<RecoveryToolInspection, RecoveryToolError> {
+    const auto inspection = usedFactor == Factor::backupPassphrase
+                                ? recovery::RecoveryPackageInspector::inspectWithBackupPassphrase(packagePath, secret)
+                                : recovery::RecoveryPackageInspector::inspectWithRecoveryKey(packagePath, secret);
+    if (!inspection) return std::unexpected(LiveBackendErrorMapping::mapInspectionError(inspection.error()));
+    return toolInspection(*inspection);
+  };
+  return withCredentialBytes<RecoveryToolInspection>(
+      factor, credential, call, [](RecoveryToolBackendError error) { return LiveBackendErrorMapping::mapInspectionError(error); });
+}
+
+std::expected<recovery::RecoveryExportResult, RecoveryToolError> LiveBackend::exportSnapshot(
+    const fs::path& packagePath, Factor factor, ByteView credential, ByteView selectedCommitIdentifier,
+    const fs::path& destinationPath) {
+  const auto call = [&](Factor usedFactor, ByteView secret) -> std::expected<recovery::RecoveryExportResult, RecoveryToolError> {
+    auto result = usedFactor == Factor::backupPassphrase
+                      ? recovery::RecoveryExporter::exportWithBackupPassphrase(packagePath, secret, selectedCommitIdentifier,
+                                                                              destinationPath)
+                      : recovery::RecoveryExporter::exportWithRecoveryKey(packagePath, secret, selectedCommitIdentifier,
+                                                                         destinationPath);
+    if (!result) return std::unexpected(LiveBackendErrorMapping::mapExportError(result.error()));
+    return std::move(*result);
+  };
+  return withCredentialBytes<recovery::RecoveryExportResult>(
+      factor, credential, call, [](RecoveryToolBackendError error) { return LiveBackendErrorMapping::mapInspectionError(error); });
+}
+
+}  // namespace galdrine::recoverytool

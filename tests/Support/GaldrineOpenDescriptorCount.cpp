@@ -1,9 +1,0 @@
-#include "Support/GaldrineOpenDescriptorCount.hpp"
-
-#include <filesystem>
-
-std::size_t openDescriptorCount() {
-  std::size_t count = 0;
-  for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) ++count;
-  return count;
-}

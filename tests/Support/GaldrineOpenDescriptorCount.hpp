@@ -1,7 +1,0 @@
-#pragma once
-// openDescriptorCount counts this process's open file descriptors, so that a test can show
-// that an operation leaves none behind on any path.
-
-#include <cstddef>
-
-[[nodiscard]] std::size_t openDescriptorCount();

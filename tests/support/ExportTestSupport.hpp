@@ -1,0 +1,111 @@
+#pragma once
+// Helpers of the export suites: an export read back through its own mapping document (which
+// resource was planned where, and what stands there), the library's contents by resource, and
+// the names a directory holds.
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "writer/BackupLibrarySnapshot.hpp"
+#include "recovery/export/ExportDocumentText.hpp"
+#include "support/FileFixtures.hpp"
+#include "support/BackupWriterTestSupport.hpp"
+
+namespace galdrine::testsupport {
+
+namespace ExportTestSupport {
+
+namespace fs = std::filesystem;
+
+// entryNames lists a directory's names, hidden ones included, sorted; nothing for a directory
+// that is not there.
+[[nodiscard]] inline std::vector<std::string> entryNames(const fs::path& directory) {
+  std::vector<std::string> names;
+  std::error_code error;
+  for (const auto& entry : fs::directory_iterator(directory, error)) names.push_back(entry.path().filename().string());
+  std::ranges::sort(names);
+  return names;
+}
+
+[[nodiscard]] inline std::string textOf(const fs::path& file) {
+  const Bytes bytes = FileFixtures::readFile(file);
+  return std::string(bytes.begin(), bytes.end());
+}
+
+// contentsByIdentifier gives each resource of `library` its bytes, keyed by lower-case hex.
+[[nodiscard]] inline std::map<std::string, Bytes> contentsByIdentifier(const writer::BackupLibrarySnapshot& library) {
+  std::map<std::string, Bytes> contents;
+  for (const auto& [identifier, bytes] : BackupWriterTestSupport::expectedContents(library)) {
+    contents[ByteText::lowerHex(identifier)] = bytes;
+  }
+  return contents;
+}
+
+struct ExportedResource {
+  std::string plannedRelativePath;
+  bool recovered = false;
+  std::optional<Bytes> bytes;  // what stands at the planned path, if anything
+};
+
+// Exported is a published export as its documents describe it.
+struct Exported {
+  std::string mappingText;
+  std::string reportText;
+  recovery::RecoveryExporter::MappingV1 mapping;
+  recovery::RecoveryExporter::ReportV1 report;
+  std::map<std::string, ExportedResource> resources;  // by lower-case hex identifier
+  std::vector<std::string> allItemsNames;
+};
+
+// readExport reads the two documents of the export at `destination` and what stands at every
+// planned path; it fails the test and gives nothing when a document does not read back.
+[[nodiscard]] inline std::optional<Exported> readExport(const fs::path& destination) {
+  Exported exported;
+  exported.mappingText = textOf(destination / "library-mapping.json");
+  exported.reportText = textOf(destination / "recovery-report.json");
+  auto mapping = recovery::RecoveryExporter::mappingFromDocumentText(exported.mappingText);
+  auto report = recovery::RecoveryExporter::reportFromDocumentText(exported.reportText);
+  if (!mapping || !report) {
+    ADD_FAILURE() << "the documents of " << destination << " do not read back";
+    return std::nullopt;
+  }
+  exported.mapping = std::move(*mapping);
+  exported.report = std::move(*report);
+  for (const auto& item : exported.mapping.items) {
+    for (const auto& resource : item.resources) {
+      const fs::path file = destination / resource.plannedRelativePath;
+      std::optional<Bytes> bytes;
+      if (fs::is_regular_file(fs::symlink_status(file))) bytes = FileFixtures::readFile(file);
+      exported.resources[resource.identifier] = {resource.plannedRelativePath, resource.recovered, std::move(bytes)};
+    }
+  }
+  exported.allItemsNames = entryNames(destination / "All Items");
+  return exported;
+}
+
+// expectEveryRecoveredFileIsItsResource: a resource the mapping calls recovered stands at its
+// planned path with exactly its bytes; any other has no file; and "All Items" holds nothing
+// but recovered resources.
+inline void expectEveryRecoveredFileIsItsResource(const Exported& exported, const std::map<std::string, Bytes>& contents) {
+  std::size_t recovered = 0;
+  for (const auto& [identifier, resource] : exported.resources) {
+    if (resource.recovered) {
+      ++recovered;
+      const auto expected = contents.find(identifier);
+      ASSERT_NE(expected, contents.end()) << identifier;
+      EXPECT_EQ(resource.bytes, expected->second) << resource.plannedRelativePath;
+    } else {
+      EXPECT_FALSE(resource.bytes.has_value()) << resource.plannedRelativePath;
+    }
+  }
+  EXPECT_EQ(exported.allItemsNames.size(), recovered);
+}
+
+}  // namespace ExportTestSupport
+
+}  // namespace galdrine::testsupport

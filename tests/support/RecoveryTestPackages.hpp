@@ -1,0 +1,51 @@
+#pragma once
+// Shared by the recovery engine's suites: a readable name for each inspector error, and small
+// libraries for the package writer, whose packages the suites read. Packages are made with the
+// recovery key alone unless a test needs the passphrase, since each passphrase envelope costs
+// an Argon2id run.
+
+#include <gtest/gtest.h>
+
+#include <ostream>
+
+#include "recovery/inspection/RecoveryPackageInspectorError.hpp"
+#include "support/BackupWriterTestSupport.hpp"
+
+namespace galdrine::testsupport {
+
+inline void PrintTo(recovery::RecoveryPackageInspectorError error, std::ostream* out) {
+  constexpr const char* names[] = {"invalidPackage", "unlockFailed", "packageUnavailable", "resourceLimitExceeded",
+                                   "integrityFailure"};
+  *out << names[static_cast<int>(error)];
+}
+
+namespace RecoveryTestPackages {
+
+using namespace BackupWriterTestSupport;
+
+inline const Bytes kPassphrase = ByteText::bytes("lantern orchard 47 quietly drifting");
+
+[[nodiscard]] inline Bytes bytesOf(const format::BackupIdentifierV1& identifier) {
+  return Bytes(identifier.begin(), identifier.end());
+}
+
+// library gives `photos` photos of 1,000 to 4,000 bytes (packed up to 3,000, chunked above)
+// and `videos` videos of several chunks each, and nothing else.
+[[nodiscard]] inline writer::BackupLibrarySnapshot library(std::uint64_t seed, std::size_t photos, std::size_t videos = 0) {
+  return BackupSampleLibrary::make({.seed = seed, .photoCount = photos, .livePhotoCount = 0, .videoCount = videos,
+                                              .folderCount = 0, .albumCount = 0, .tombstoneCount = 0});
+}
+
+// createWithBothFactors makes a package that a passphrase and the recovery key both unlock.
+[[nodiscard]] inline Writer createWithBothFactors(const fs::path& path) {
+  auto writer = Writer::create(path, {ByteView(kPassphrase), ByteView(kRecoveryKey)}, settings());
+  if (!writer) {
+    ADD_FAILURE() << "create failed: " << writer.error().index();
+    std::abort();
+  }
+  return std::move(*writer);
+}
+
+}  // namespace RecoveryTestPackages
+
+}  // namespace galdrine::testsupport

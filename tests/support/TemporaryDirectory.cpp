@@ -1,0 +1,28 @@
+#include "support/TemporaryDirectory.hpp"
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <string>
+#include <system_error>
+
+namespace galdrine::testsupport {
+
+TemporaryDirectory::TemporaryDirectory() {
+  std::string pattern = (std::filesystem::temp_directory_path() / "galdrine-test-XXXXXX").string();
+  const char* made = ::mkdtemp(pattern.data());
+  if (made == nullptr) {
+    ADD_FAILURE() << "mkdtemp failed";
+    return;
+  }
+  // Canonical, so that tests compare against the same spelling the code under test sees.
+  path_ = std::filesystem::canonical(made);
+}
+
+TemporaryDirectory::~TemporaryDirectory() {
+  if (path_.empty()) return;
+  std::error_code ignored;
+  std::filesystem::remove_all(path_, ignored);
+}
+
+}  // namespace galdrine::testsupport

@@ -1,9 +1,0 @@
-#pragma once
-// GaldrineFixtureProducerError is why a fixture set was not produced.
-
-#include <cstdint>
-
-enum class GaldrineFixtureProducerError : std::uint8_t {
-  materialRefused,  // a record, seal or encoding of the project refused the fixture material
-  outputFailed,     // the directory or a file could not be created and written
-};

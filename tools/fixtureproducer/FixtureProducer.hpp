@@ -1,0 +1,48 @@
+#pragma once
+// FixtureProducer makes the project's compatibility fixtures: one fixture of each kind
+// the verifier knows and an index of them. It builds every object with the project's own
+// records and sealing operations, with fixed identifiers, salts and nonces derived from fixed
+// labels, so the same seeds give the same files byte for byte. Each nonce is used once under
+// its key. Credentials and keys it needs are synthetic, made from fixed texts.
+
+#include <expected>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "fixtureproducer/FixtureProducerError.hpp"
+#include "fixtureproducer/FixtureProducerSeeds.hpp"
+#include "platform/Bytes.hpp"
+#include "fixtures/FixtureKind.hpp"
+
+namespace galdrine::fixtureproducer {
+
+// ProducedFixtureFile is one file of a set: its name in the set's directory and bytes.
+struct ProducedFixtureFile {
+  std::string name;
+  Bytes bytes;
+
+  friend bool operator==(const ProducedFixtureFile&, const ProducedFixtureFile&) = default;
+};
+
+namespace FixtureProducer {
+
+inline constexpr std::string_view indexFileName = "index.json";
+
+// fixtureFile gives the one fixture of `kind` in a set made with `seeds`, under its file name.
+[[nodiscard]] std::expected<ProducedFixtureFile, FixtureProducerError> fixtureFile(
+    fixtures::FixtureKind kind, const FixtureProducerSeeds& seeds);
+
+// fixtureFiles gives the files of a set in memory: the fixtures in the order of their kinds,
+// then the index. A refusal of any material is materialRefused.
+[[nodiscard]] std::expected<std::vector<ProducedFixtureFile>, FixtureProducerError> fixtureFiles(
+    const FixtureProducerSeeds& seeds);
+
+// produce creates the directory `directory`, which must not exist yet, and writes the files of
+// fixtureFiles into it, each created new. A failure may leave the directory with some files.
+[[nodiscard]] std::expected<void, FixtureProducerError> produce(const std::filesystem::path& directory,
+                                                                        const FixtureProducerSeeds& seeds);
+
+}  // namespace FixtureProducer
+
+}  // namespace galdrine::fixtureproducer
