@@ -19,7 +19,6 @@
 #include "format/sealing/AESGCMFrameV1.hpp"
 #include "format/payload/BackupPayloadV1.hpp"
 #include "platform/SHA256File.hpp"
-#include "platform/BoundedFileRead.hpp"
 #include "platform/Files.hpp"
 #include "platform/SHA256.hpp"
 

@@ -11,7 +11,6 @@
 #include "format/package/DirectorySynchronization.hpp"
 #include "platform/SHA256File.hpp"
 #include "platform/FileDescriptor.hpp"
-#include "platform/BoundedFileRead.hpp"
 #include "platform/Files.hpp"
 #include "platform/Random.hpp"
 
