@@ -18,8 +18,6 @@
 #include "support/BackupSampleLibrary.hpp"
 #include "format/sealing/AESGCMFrameV1.hpp"
 #include "format/payload/BackupPayloadV1.hpp"
-#include "platform/SHA256File.hpp"
-#include "platform/BoundedFileRead.hpp"
 #include "platform/Files.hpp"
 #include "platform/SHA256.hpp"
 
@@ -135,7 +133,7 @@ void BM_payloadWritersAlone(benchmark::State& state) {
       const Bytes identifier(16, ++segment);
       const fs::path path = output / *format::BackupPayloadV1::packSegmentFileName(identifier);
       if (!format::BackupPayloadV1::writePackSegment(path, package, library, identifier, kKey, entries)) std::abort();
-      benchmark::DoNotOptimize(platform::SHA256File::digest(path));
+      benchmark::DoNotOptimize(platform::SHA256::digestOfFile(path));
       entries.clear();
       segmentByteCount = 0;
     };

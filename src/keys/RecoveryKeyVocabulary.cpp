@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "platform/BoundedFileRead.hpp"
+#include "platform/Files.hpp"
 #include "platform/Bytes.hpp"
 #include "platform/SHA256.hpp"
 #include "platform/UTF8.hpp"

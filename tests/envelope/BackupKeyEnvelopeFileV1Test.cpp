@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/SHA256File.hpp"
+#include "platform/SHA256.hpp"
 #include "EnvelopeFixtures.hpp"
 #include "support/FileFixtures.hpp"
 #include "support/OpenDescriptorCount.hpp"
@@ -35,6 +35,11 @@ using testsupport::FileFixtures::makeDirectory;
 using testsupport::FileFixtures::makeSymbolicLink;
 using testsupport::FileFixtures::readFile;
 using testsupport::FileFixtures::writeFile;
+
+[[nodiscard]] Bytes digestBytes(ByteView bytes) {
+  const platform::SHA256Digest digest = platform::SHA256::digest(bytes);
+  return Bytes(digest.begin(), digest.end());
+}
 
 [[nodiscard]] Set envelopeSet(std::uint64_t generation, std::uint8_t packageSeed = 1) {
   const auto passphrase = BackupKeyEnvelopeEntryV1::make(
@@ -125,7 +130,7 @@ TEST_F(BackupKeyEnvelopeFileV1Test, ReadBindsTheFileToItsPackage) {
   const auto written = write(envelopeSet(1), std::nullopt);
   ASSERT_TRUE(written.has_value());
   EXPECT_EQ(EnvelopeFile::read(package()), *written);
-  EXPECT_EQ(written->encodedSHA256, platform::SHA256File::digest(readFile(filePath())));
+  EXPECT_EQ(written->encodedSHA256, digestBytes(readFile(filePath())));
 
   struct ContentCase {
     const char* name;
@@ -214,7 +219,7 @@ TEST_F(BackupKeyEnvelopeFileV1Test, EveryFaultPointLeavesTheOldFileOrTheNewAndNo
     EXPECT_TRUE(stagedResidue().empty()) << static_cast<int>(faultCase.point);
     if (faultCase.newFileStands) current = next;
     EXPECT_EQ(readFile(filePath()), encodedSet(current)) << static_cast<int>(faultCase.point);
-    currentDigest = platform::SHA256File::digest(readFile(filePath()));
+    currentDigest = digestBytes(readFile(filePath()));
   }
 }
 
@@ -246,7 +251,7 @@ TEST_F(BackupKeyEnvelopeFileV1Test, SecondCheckCatchesAChangeWhileStaging) {
   EXPECT_EQ(failureOf(raced), Error::staleCurrentFile);
   EXPECT_EQ(readFile(filePath()), encodedSet(other));
 
-  const Bytes otherDigest = platform::SHA256File::digest(encodedSet(other));
+  const Bytes otherDigest = digestBytes(encodedSet(other));
   writeFile(directory_ / "aside", encodedSet(other));
   const auto linked = write(envelopeSet(2), otherDigest, [&](FaultPoint point) {
     if (point == FaultPoint::afterStagingSync) {

@@ -17,7 +17,7 @@
 #include "format/graph/BackupGraphV1.hpp"
 #include "format/manifest/BackupManifestRecordCodecV1.hpp"
 #include "format/payload/BackupPayloadV1.hpp"
-#include "platform/BoundedFileRead.hpp"
+#include "platform/Files.hpp"
 
 namespace galdrine::testsupport {
 
