@@ -6,18 +6,13 @@
 #include <string>
 #include <vector>
 
+#include "support/HexBytes.hpp"
+
 namespace galdrine::platform {
 
 namespace {
 
-// hex reads a vector's lower-case hexadecimal, ignoring the spaces of its printed blocks.
-Bytes hex(std::string_view text) {
-  std::string digits(text);
-  std::erase(digits, ' ');
-  const auto bytes = ByteText::parseLowerHex(digits);
-  EXPECT_TRUE(bytes.has_value()) << "malformed hexadecimal literal: " << text;
-  return bytes.value_or(Bytes{});
-}
+using testsupport::hexBytes;
 
 struct Vector {
   Bytes key, nonce, authenticatedData, plaintext, ciphertext, tag;
@@ -28,8 +23,8 @@ struct Vector {
 // which this layer refuses by design.
 std::vector<Vector> publishedVectors() {
   const Bytes zeroKey(32, 0), zeroNonce(12, 0);
-  const Bytes key = hex("feffe9928665731c6d6a8f9467308308 feffe9928665731c6d6a8f9467308308");
-  const Bytes nonce = hex("cafebabefacedbaddecaf888");
+  const Bytes key = hexBytes("feffe9928665731c6d6a8f9467308308 feffe9928665731c6d6a8f9467308308");
+  const Bytes nonce = hexBytes("cafebabefacedbaddecaf888");
   const std::string plaintext =
       "d9313225f88406e5a55909c5aff5269a 86a7a9531534f7da2e4c303d8a318a72 "
       "1c3c0c95956809532fcf0e2449a6b525 b16aedf5aa0de657ba637b39";
@@ -37,12 +32,12 @@ std::vector<Vector> publishedVectors() {
       "522dc1f099567d07f47f37a32a84427d 643a8cdcbfe5c0c97598a2bd2555d1aa "
       "8cb08e48590dbb3da7b08b1056828838 c5f61e6393ba7a0abcc9f662";
   return {
-      {zeroKey, zeroNonce, {}, {}, {}, hex("530f8afbc74536b9a963b4f1c4cb738b")},
-      {zeroKey, zeroNonce, {}, Bytes(16, 0), hex("cea7403d4d606b6e074ec5d3baf39d18"),
-       hex("d0d1c8a799996bf0265b98b5d48ab919")},
-      {key, nonce, {}, hex(plaintext + "1aafd255"), hex(ciphertext + "898015ad"), hex("b094dac5d93471bdec1a502270e3cc6c")},
-      {key, nonce, hex("feedfacedeadbeeffeedfacedeadbeefabaddad2"), hex(plaintext), hex(ciphertext),
-       hex("76fc6ece0f4e1768cddf8853bb2d551b")},
+      {zeroKey, zeroNonce, {}, {}, {}, hexBytes("530f8afbc74536b9a963b4f1c4cb738b")},
+      {zeroKey, zeroNonce, {}, Bytes(16, 0), hexBytes("cea7403d4d606b6e074ec5d3baf39d18"),
+       hexBytes("d0d1c8a799996bf0265b98b5d48ab919")},
+      {key, nonce, {}, hexBytes(plaintext + "1aafd255"), hexBytes(ciphertext + "898015ad"), hexBytes("b094dac5d93471bdec1a502270e3cc6c")},
+      {key, nonce, hexBytes("feedfacedeadbeeffeedfacedeadbeefabaddad2"), hexBytes(plaintext), hexBytes(ciphertext),
+       hexBytes("76fc6ece0f4e1768cddf8853bb2d551b")},
   };
 }
 
