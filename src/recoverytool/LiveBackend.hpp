@@ -13,7 +13,7 @@
 #include <expected>
 #include <filesystem>
 
-#include "keys/RecoveryKeyMnemonicV1Error.hpp"
+#include "keys/RecoveryKeyMnemonicV1.hpp"
 #include "platform/Bytes.hpp"
 #include "recovery/export/RecoveryExporterError.hpp"
 #include "recovery/inspection/RecoveryPackageInspectorError.hpp"

@@ -13,7 +13,7 @@
 #include "format/graph/BackupGraphV1Error.hpp"
 #include "format/manifest/BackupManifestRecordV1Error.hpp"
 #include "format/payload/BackupPayloadV1.hpp"
-#include "keys/RecoveryKeyMnemonicV1Error.hpp"
+#include "keys/RecoveryKeyMnemonicV1.hpp"
 #include "platform/FileError.hpp"
 #include "envelope/BackupKeyEnvelopeFileV1.hpp"
 #include "envelope/BackupKeyEnvelopeSetV1Error.hpp"
