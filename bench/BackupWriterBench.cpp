@@ -128,7 +128,7 @@ void BM_floorReadHashSealHashWrite(benchmark::State& state) {
     fs::remove_all(output);
     state.ResumeTiming();
   }
-  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * f.byteCount));
+  state.SetBytesProcessed(static_cast<std::int64_t>(static_cast<std::uint64_t>(state.iterations()) * f.byteCount));
 }
 
 // What the format's payload writers cost on the same bytes, each file read whole into memory:
@@ -178,7 +178,7 @@ void BM_payloadWritersAlone(benchmark::State& state) {
     fs::remove_all(output);
     state.ResumeTiming();
   }
-  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * f.byteCount));
+  state.SetBytesProcessed(static_cast<std::int64_t>(static_cast<std::uint64_t>(state.iterations()) * f.byteCount));
 }
 
 void BM_writeCommit(benchmark::State& state) {
@@ -196,7 +196,7 @@ void BM_writeCommit(benchmark::State& state) {
     fs::remove_all(path);
     state.ResumeTiming();
   }
-  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * f.byteCount));
+  state.SetBytesProcessed(static_cast<std::int64_t>(static_cast<std::uint64_t>(state.iterations()) * f.byteCount));
 }
 
 }  // namespace
