@@ -17,7 +17,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using Factor = envelope::PortableKeyFactorV1;
-using EngineDisposition = recovery::RecoveryBranchDispositionV1;
+using EngineDisposition = recovery::RecoveryBranchDisposition;
 
 [[nodiscard]] RecoveryToolBranchDisposition toolDisposition(const EngineDisposition& disposition) {
   switch (disposition.code) {
@@ -88,9 +88,7 @@ RecoveryToolInspection LiveBackend::toolInspection(const recovery::RecoveryPacka
   converted.packageIdentifier = inspection.packageIdentifier;
   converted.formatIdentifier = inspection.formatIdentifier;
   converted.formatVersion = inspection.formatVersion;
-  converted.unlockedFactor = inspection.unlockedFactor == envelope::PortableKeyFactorV1::backupPassphrase
-                                 ? Factor::backupPassphrase
-                                 : Factor::recoveryKey;
+  converted.unlockedFactor = inspection.unlockedFactor;
   converted.branchDisposition = toolDisposition(inspection.branchDisposition);
   for (const auto& branch : inspection.preservedBranches) converted.branches.push_back(toolBranch(branch));
   for (const auto& snapshot : inspection.authenticatedSnapshots) converted.snapshots.push_back(toolSnapshot(snapshot));
@@ -104,8 +102,8 @@ std::expected<RecoveryToolInspection, RecoveryToolError> LiveBackend::inspect(co
                                                                               ByteView credential) {
   const auto call = [&](Factor usedFactor, ByteView secret) -> std::expected<RecoveryToolInspection, RecoveryToolError> {
     const auto inspection = usedFactor == Factor::backupPassphrase
-                                ? recovery::RecoveryPackageInspector::inspectWithBackupPassphrase(packagePath, secret)
-                                : recovery::RecoveryPackageInspector::inspectWithRecoveryKey(packagePath, secret);
+                                ? recovery::inspectWithBackupPassphrase(packagePath, secret)
+                                : recovery::inspectWithRecoveryKey(packagePath, secret);
     if (!inspection) return std::unexpected(LiveBackendErrorMapping::mapInspectionError(inspection.error()));
     return toolInspection(*inspection);
   };
@@ -118,10 +116,8 @@ std::expected<recovery::RecoveryExportResult, RecoveryToolError> LiveBackend::ex
     const fs::path& destinationPath) {
   const auto call = [&](Factor usedFactor, ByteView secret) -> std::expected<recovery::RecoveryExportResult, RecoveryToolError> {
     auto result = usedFactor == Factor::backupPassphrase
-                      ? recovery::RecoveryExporter::exportWithBackupPassphrase(packagePath, secret, selectedCommitIdentifier,
-                                                                              destinationPath)
-                      : recovery::RecoveryExporter::exportWithRecoveryKey(packagePath, secret, selectedCommitIdentifier,
-                                                                         destinationPath);
+                      ? recovery::exportWithBackupPassphrase(packagePath, secret, selectedCommitIdentifier, destinationPath)
+                      : recovery::exportWithRecoveryKey(packagePath, secret, selectedCommitIdentifier, destinationPath);
     if (!result) return std::unexpected(LiveBackendErrorMapping::mapExportError(result.error()));
     return std::move(*result);
   };

@@ -14,10 +14,9 @@ namespace galdrine::recovery {
 
 namespace {
 
-namespace Exporter = RecoveryExporter;
 namespace Records = testsupport::ManifestTestRecords;
 using Error = RecoveryExporterError;
-using Reason = Exporter::ResourceFailureReason;
+using Reason = ResourceFailureReason;
 using Role = format::BackupMediaResourceRoleV1;
 
 format::BackupIdentifierV1 identifier(std::uint64_t number) { return *format::FixedBytes::identifier(Records::identifier(number)); }
@@ -65,23 +64,23 @@ struct ExportScene {
         Records::made(format::BackupAlbumMembershipRecordV1::make(Records::membershipFields(70, 1))),
         Records::made(format::BackupTombstoneRecordV1::make(Records::tombstoneFields(5, Records::identifiers({50, 51})))),
     };
-    model = *Exporter::exportModel(records);
-    plan = *Exporter::resourcePlan(model);
+    model = *exportModel(records);
+    plan = *resourcePlan(model);
     outcomes[identifier(10)] = {digest(10), {}};
     outcomes[identifier(11)] = {std::nullopt, {{identifier(801), Reason::missingPayload}}};
     outcomes[identifier(20)] = {digest(20), {}};
     outcomes[identifier(30)] = {std::nullopt, {{std::nullopt, Reason::payloadIntegrityFailure}}};
   }
 
-  const Exporter::ExportSelection selected{identifier(100), identifier(101), -1700000000000};
-  Exporter::ExportModel model;
-  std::vector<Exporter::PlannedResource> plan;
-  Exporter::ResourceOutcomes outcomes;
+  const ExportSelection selected{identifier(100), identifier(101), -1700000000000};
+  ExportModel model;
+  std::vector<PlannedResource> plan;
+  ResourceOutcomes outcomes;
 };
 
 TEST(ExportDocuments, MappingCarriesTheLibraryWithPlannedPathsAndItemStatus) {
   const ExportScene scene;
-  const auto mapping = Exporter::mapping(scene.selected, scene.model, scene.plan, scene.outcomes);
+  const auto mapping = mappingDocument(scene.selected, scene.model, scene.plan, scene.outcomes);
   ASSERT_TRUE(mapping.has_value());
   EXPECT_EQ(mapping->schemaIdentifier, "com.galdrine.recovery.export-mapping.v1");
   EXPECT_EQ(mapping->backupFormatIdentifier, "com.galdrine.backup.v1");
@@ -104,7 +103,7 @@ TEST(ExportDocuments, MappingCarriesTheLibraryWithPlannedPathsAndItemStatus) {
   EXPECT_EQ(mapping->memberships[0].albumIdentifier, hex(70));
   EXPECT_EQ(mapping->tombstones[0].resourceIdentifiers, (std::vector<std::string>{hex(50), hex(51)}));
 
-  const auto text = Exporter::documentText(*mapping);
+  const auto text = documentText(*mapping);
   ASSERT_TRUE(text.has_value());
   EXPECT_NE(text->find("\"plannedRelativePath\": \"All Items/a-current.jpg\""), std::string::npos);
   EXPECT_NE(text->find("\"name\": \"Sommer in K\xC3\xB6ln\""), std::string::npos);
@@ -117,14 +116,14 @@ TEST(ExportDocuments, MappingCarriesTheLibraryWithPlannedPathsAndItemStatus) {
   EXPECT_EQ(occurrences(*text, "null"), 0u);
   EXPECT_EQ(occurrences(*text, "\\/"), 0u);
   EXPECT_EQ(text->back(), '}');
-  EXPECT_EQ(*Exporter::mappingFromDocumentText(*text), *mapping);
+  EXPECT_EQ(*mappingFromDocumentText(*text), *mapping);
 }
 
 TEST(ExportDocuments, ReportListsOneRowPerIssueInPlanOrder) {
   const ExportScene scene;
-  const auto report = Exporter::report(scene.selected, scene.model, scene.plan, scene.outcomes);
+  const auto report = reportDocument(scene.selected, scene.model, scene.plan, scene.outcomes);
   ASSERT_TRUE(report.has_value());
-  const auto text = Exporter::documentText(*report);
+  const auto text = documentText(*report);
   ASSERT_TRUE(text.has_value());
   EXPECT_EQ(*text, R"({
   "failedResourceCount": 2,
@@ -150,40 +149,40 @@ TEST(ExportDocuments, ReportListsOneRowPerIssueInPlanOrder) {
   "totalItemCount": 3,
   "totalResourceCount": 4
 })");
-  EXPECT_EQ(*Exporter::reportFromDocumentText(*text), *report);
+  EXPECT_EQ(*reportFromDocumentText(*text), *report);
 }
 
 TEST(ExportDocuments, ACleanExportIsCompletedWithNoFailures) {
   ExportScene scene;
   scene.outcomes[identifier(11)] = {digest(11), {}};
   scene.outcomes[identifier(30)] = {digest(30), {}};
-  const auto report = Exporter::report(scene.selected, scene.model, scene.plan, scene.outcomes);
+  const auto report = reportDocument(scene.selected, scene.model, scene.plan, scene.outcomes);
   ASSERT_TRUE(report.has_value());
   EXPECT_EQ(report->status, "completed");
   EXPECT_TRUE(report->failures.empty());
   EXPECT_EQ(report->recoveredResourceCount, report->totalResourceCount);
   EXPECT_EQ(report->recoveredItemCount, 3);
-  EXPECT_NE(Exporter::documentText(*report)->find("\"failures\": [],"), std::string::npos);
+  EXPECT_NE(documentText(*report)->find("\"failures\": [],"), std::string::npos);
 }
 
 TEST(ExportDocuments, AResourceWithoutOutcomeOrPlanIsAnIntegrityFailure) {
   ExportScene scene;
-  const std::span<const Exporter::PlannedResource> shortPlan = std::span(scene.plan).first(3);
-  EXPECT_EQ(Exporter::mapping(scene.selected, scene.model, shortPlan, scene.outcomes).error(), Error::integrityFailure);
+  const std::span<const PlannedResource> shortPlan = std::span(scene.plan).first(3);
+  EXPECT_EQ(mappingDocument(scene.selected, scene.model, shortPlan, scene.outcomes).error(), Error::integrityFailure);
   scene.outcomes.erase(identifier(20));
-  EXPECT_EQ(Exporter::mapping(scene.selected, scene.model, scene.plan, scene.outcomes).error(), Error::integrityFailure);
-  EXPECT_EQ(Exporter::report(scene.selected, scene.model, scene.plan, scene.outcomes).error(), Error::integrityFailure);
+  EXPECT_EQ(mappingDocument(scene.selected, scene.model, scene.plan, scene.outcomes).error(), Error::integrityFailure);
+  EXPECT_EQ(reportDocument(scene.selected, scene.model, scene.plan, scene.outcomes).error(), Error::integrityFailure);
 }
 
 TEST(ExportDocuments, TextThatJSONCannotSayIsAnIntegrityFailure) {
-  Exporter::MappingV1 mapping;
+  MappingV1 mapping;
   mapping.items.push_back({});
   mapping.items[0].resources.push_back({});
   mapping.items[0].resources[0].durationSeconds = std::nan("");
-  EXPECT_EQ(Exporter::documentText(mapping).error(), Error::integrityFailure);
-  Exporter::ReportV1 report;
+  EXPECT_EQ(documentText(mapping).error(), Error::integrityFailure);
+  ReportV1 report;
   report.status = "\xFF";
-  EXPECT_EQ(Exporter::documentText(report).error(), Error::integrityFailure);
+  EXPECT_EQ(documentText(report).error(), Error::integrityFailure);
 }
 
 TEST(ExportDocuments, ReadingNamesTheFirstProblem) {
@@ -211,10 +210,10 @@ TEST(ExportDocuments, ReadingNamesTheFirstProblem) {
       {"failure row without reason", replaced("\"failures\": []", R"("failures": [{"itemIdentifier": "i", "resourceIdentifier": "r"}])"),
        platform::JSONDocumentError::keyNotFound},
   };
-  ASSERT_TRUE(Exporter::reportFromDocumentText(valid).has_value());
+  ASSERT_TRUE(reportFromDocumentText(valid).has_value());
   for (const auto& testCase : cases) {
     SCOPED_TRACE(testCase.name);
-    const auto report = Exporter::reportFromDocumentText(testCase.text);
+    const auto report = reportFromDocumentText(testCase.text);
     ASSERT_FALSE(report.has_value());
     EXPECT_EQ(report.error(), testCase.expected);
   }

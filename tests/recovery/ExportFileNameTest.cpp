@@ -16,7 +16,6 @@ namespace galdrine::recovery {
 
 namespace {
 
-namespace Exporter = RecoveryExporter;
 using Error = RecoveryExporterError;
 using Kind = format::BackupMediaKindV1;
 using Role = format::BackupMediaResourceRoleV1;
@@ -83,7 +82,7 @@ TEST(ExportFileName, PreferredFilenameCleansEveryStepInOrder) {
     SCOPED_TRACE(testCase.originalFilename);
     const auto item = ExportTestRecords::item(1, testCase.originalFilename, {10}, testCase.kind);
     const auto resource = ExportTestRecords::resource(10, 1, testCase.uniformTypeIdentifier, testCase.role);
-    const auto name = Exporter::preferredFilename(item, resource, testCase.hasMultipleResources);
+    const auto name = preferredFilename(item, resource, testCase.hasMultipleResources);
     ASSERT_TRUE(name.has_value());
     EXPECT_EQ(*name, testCase.expected);
   }
@@ -91,16 +90,16 @@ TEST(ExportFileName, PreferredFilenameCleansEveryStepInOrder) {
 
 TEST(ExportFileName, AFirstCharacterLongerThanTheStemLimitIsAnIntegrityFailure) {
   const auto item = ExportTestRecords::item(1, "a" + repeated("\xCC\x81", 100) + ".jpg", {10});
-  const auto name = Exporter::preferredFilename(item, ExportTestRecords::resource(10, 1), false);
+  const auto name = preferredFilename(item, ExportTestRecords::resource(10, 1), false);
   ASSERT_FALSE(name.has_value());
   EXPECT_EQ(name.error(), Error::integrityFailure);
 }
 
 TEST(ExportFileName, TruncationKeepsWholeCharactersWithinTheByteCount) {
-  EXPECT_EQ(*Exporter::truncated("ab\xC3\xA9", 3), "ab");
-  EXPECT_EQ(*Exporter::truncated("ab\xC3\xA9", 4), "ab\xC3\xA9");
-  EXPECT_EQ(*Exporter::truncated("\xF0\x9F\x87\xA9\xF0\x9F\x87\xAA", 7), "");  // one flag of 8 bytes
-  EXPECT_EQ(Exporter::truncated("\xC3", 10).error(), Error::integrityFailure);
+  EXPECT_EQ(*truncated("ab\xC3\xA9", 3), "ab");
+  EXPECT_EQ(*truncated("ab\xC3\xA9", 4), "ab\xC3\xA9");
+  EXPECT_EQ(*truncated("\xF0\x9F\x87\xA9\xF0\x9F\x87\xAA", 7), "");  // one flag of 8 bytes
+  EXPECT_EQ(truncated("\xC3", 10).error(), Error::integrityFailure);
 }
 
 // Hostile names of up to the record's 1,024 bytes, made of the pieces that break file systems,
@@ -120,7 +119,7 @@ TEST(ExportFileName, HostileNamesAlwaysGiveOneSafeFlatName) {
       original += piece;
     }
     const auto item = ExportTestRecords::item(1, original, {10}, round % 2 == 0 ? Kind::photo : Kind::video);
-    const auto name = Exporter::preferredFilename(item, ExportTestRecords::resource(10, 1), round % 3 == 0);
+    const auto name = preferredFilename(item, ExportTestRecords::resource(10, 1), round % 3 == 0);
     if (!name) {
       EXPECT_EQ(name.error(), Error::integrityFailure);
       ++failures;
@@ -128,7 +127,7 @@ TEST(ExportFileName, HostileNamesAlwaysGiveOneSafeFlatName) {
     }
     SCOPED_TRACE(original);
     ASSERT_TRUE(platform::UTF8::isValid(*name));
-    EXPECT_LE(name->size(), Exporter::maximumStemUTF8ByteCount + 1 + 4 * Exporter::maximumExtensionScalarCount);
+    EXPECT_LE(name->size(), maximumStemUTF8ByteCount + 1 + 4 * maximumExtensionScalarCount);
     EXPECT_NE(*name, ".");
     EXPECT_NE(*name, "..");
     EXPECT_EQ(name->find_first_of(std::string("/\\", 2) + std::string(1, '\0')), std::string::npos);
@@ -160,10 +159,10 @@ TEST(ExportFileName, CollisionsCompareIgnoringCaseAndAccentsAndContinueTheirSuff
   };
   for (const auto& sequence : sequences) {
     SCOPED_TRACE(sequence.name);
-    Exporter::UsedNames usedNames;
-    Exporter::NextSuffixByName nextSuffixByName;
+    UsedNames usedNames;
+    NextSuffixByName nextSuffixByName;
     for (std::size_t index = 0; index < sequence.names.size(); ++index) {
-      const auto name = Exporter::collisionSafeName(sequence.names[index], 10, usedNames, nextSuffixByName);
+      const auto name = collisionSafeName(sequence.names[index], 10, usedNames, nextSuffixByName);
       ASSERT_TRUE(name.has_value());
       EXPECT_EQ(*name, sequence.expected[index]);
     }
@@ -171,13 +170,13 @@ TEST(ExportFileName, CollisionsCompareIgnoringCaseAndAccentsAndContinueTheirSuff
 }
 
 TEST(ExportFileName, CollisionAttemptsRunOutAsAResourceLimit) {
-  Exporter::UsedNames usedNames;
-  Exporter::NextSuffixByName nextSuffixByName;
-  for (const char* name : {"a.jpg", "a-2.jpg"}) ASSERT_TRUE(Exporter::collisionSafeName(name, 1, usedNames, nextSuffixByName));
-  const auto third = Exporter::collisionSafeName("a.jpg", 1, usedNames, nextSuffixByName);
+  UsedNames usedNames;
+  NextSuffixByName nextSuffixByName;
+  for (const char* name : {"a.jpg", "a-2.jpg"}) ASSERT_TRUE(collisionSafeName(name, 1, usedNames, nextSuffixByName));
+  const auto third = collisionSafeName("a.jpg", 1, usedNames, nextSuffixByName);
   ASSERT_FALSE(third.has_value());
   EXPECT_EQ(third.error(), Error::resourceLimitExceeded);
-  EXPECT_EQ(*Exporter::collisionSafeName("a.jpg", 2, usedNames, nextSuffixByName), "a-3.jpg");
+  EXPECT_EQ(*collisionSafeName("a.jpg", 2, usedNames, nextSuffixByName), "a-3.jpg");
 }
 
 // ASCII names take a shorter road to their key; it must end where the text services end.
@@ -186,9 +185,9 @@ TEST(ExportFileName, ComparisonKeyOfASCIIEqualsTheFullFolding) {
   for (int character = 0; character < 0x80; ++character) every.push_back(static_cast<char>(character));
   for (std::size_t start = 0; start < every.size(); start += 16) {
     const std::string text = every.substr(start, 16) + "Photo.JPG";
-    EXPECT_EQ(*Exporter::comparisonKey(text), *platform::UnicodeText::caseAndDiacriticFolded(text)) << start;
+    EXPECT_EQ(*comparisonKey(text), *platform::UnicodeText::caseAndDiacriticFolded(text)) << start;
   }
-  EXPECT_EQ(*Exporter::comparisonKey("R\xC3\xA9sum\xC3\xA9.JPG"), "resume.jpg");
+  EXPECT_EQ(*comparisonKey("R\xC3\xA9sum\xC3\xA9.JPG"), "resume.jpg");
 }
 
 // Whatever names come, in whatever order, no two names given have one comparison key.
@@ -197,15 +196,15 @@ TEST(ExportFileName, CollisionSafeNamesNeverShareAComparisonKey) {
   const std::vector<std::string> extensions = {"jpg", "JPG", "j\xC3\xB6"};
   std::mt19937 random(11);
   for (int round = 0; round < 50; ++round) {
-    Exporter::UsedNames usedNames;
-    Exporter::NextSuffixByName nextSuffixByName;
+    UsedNames usedNames;
+    NextSuffixByName nextSuffixByName;
     std::set<std::string> keys;
     const std::size_t count = 1 + random() % 60;
     for (std::size_t index = 0; index < count; ++index) {
       const std::string original = stems[random() % stems.size()] + "." + extensions[random() % extensions.size()];
-      const auto name = Exporter::collisionSafeName(original, count + 1, usedNames, nextSuffixByName);
+      const auto name = collisionSafeName(original, count + 1, usedNames, nextSuffixByName);
       ASSERT_TRUE(name.has_value());
-      EXPECT_TRUE(keys.insert(*Exporter::comparisonKey(*name)).second) << *name;
+      EXPECT_TRUE(keys.insert(*comparisonKey(*name)).second) << *name;
     }
   }
 }

@@ -10,7 +10,6 @@ namespace galdrine::recovery {
 
 namespace {
 
-namespace Exporter = RecoveryExporter;
 namespace Records = testsupport::ManifestTestRecords;
 using Error = RecoveryExporterError;
 
@@ -45,7 +44,7 @@ TEST(ExportModel, SortsEveryListByIdentifierAndKeepsTheOrderOfEqualKeys) {
       Records::made(format::BackupAlbumFolderRecordV1::make(Records::folderFields(60, 61))),
       payloadKey(900),
   };
-  const auto model = Exporter::exportModel(records);
+  const auto model = exportModel(records);
   ASSERT_TRUE(model.has_value());
 
   std::vector<std::string> itemNames;
@@ -68,18 +67,9 @@ TEST(ExportModel, SortsEveryListByIdentifierAndKeepsTheOrderOfEqualKeys) {
 TEST(ExportModel, ARepeatedPayloadKeyIsAnIntegrityFailure) {
   const std::vector<format::BackupManifestRecordV1> records = {payloadKey(900), ExportTestRecords::item(1, "a.jpg", {10}),
                                                                payloadKey(900)};
-  const auto model = Exporter::exportModel(records);
+  const auto model = exportModel(records);
   ASSERT_FALSE(model.has_value());
   EXPECT_EQ(model.error(), Error::integrityFailure);
-}
-
-static_assert(Exporter::ExportModel::maximumRecordCount == 2'000'000);
-
-TEST(ExportModel, TheRecordLimitAdmitsExactlyItsCount) {
-  EXPECT_TRUE(Exporter::requireRecordCountWithinLimit(Exporter::ExportModel::maximumRecordCount).has_value());
-  EXPECT_EQ(Exporter::requireRecordCountWithinLimit(Exporter::ExportModel::maximumRecordCount + 1),
-            std::unexpected(Error::resourceLimitExceeded));
-  EXPECT_EQ(Exporter::requireRecordCountWithinLimit(3, 2), std::unexpected(Error::resourceLimitExceeded));
 }
 
 // The same limit check, at a limit of three, decides after the repeated key check.
@@ -87,14 +77,14 @@ TEST(ExportModel, RecordCountLimitComesAfterTheRepeatedKeyCheck) {
   std::vector<format::BackupManifestRecordV1> records(4, membership(1, 2));
   const std::span<const format::BackupManifestRecordV1> all(records);
 
-  EXPECT_TRUE(Exporter::exportModel(all.first(3), 3).has_value());
-  const auto tooMany = Exporter::exportModel(all, 3);
+  EXPECT_TRUE(exportModel(all.first(3), 3).has_value());
+  const auto tooMany = exportModel(all, 3);
   ASSERT_FALSE(tooMany.has_value());
   EXPECT_EQ(tooMany.error(), Error::resourceLimitExceeded);
 
   records[0] = payloadKey(900);
   records.back() = payloadKey(900);
-  const auto repeated = Exporter::exportModel(records, 3);
+  const auto repeated = exportModel(records, 3);
   ASSERT_FALSE(repeated.has_value());
   EXPECT_EQ(repeated.error(), Error::integrityFailure);
 }

@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "platform/SHA256.hpp"
-#include "recovery/inspection/PayloadFileEvidence.hpp"
+#include "recovery/inspection/PayloadObservation.hpp"
 #include "support/FileFixtures.hpp"
 #include "support/TemporaryDirectory.hpp"
 
@@ -26,7 +26,7 @@ using testsupport::FileFixtures::makeDirectory;
 using testsupport::FileFixtures::makeSymbolicLink;
 using testsupport::FileFixtures::writeFile;
 using Observation = PayloadObservation;
-constexpr std::size_t kPiece = PayloadObservations::readPieceByteCount;
+constexpr std::size_t kPiece = PayloadFileExaminations::readPieceByteCount;
 
 [[nodiscard]] Bytes patterned(std::size_t byteCount) {
   Bytes bytes(byteCount);
@@ -43,7 +43,8 @@ class PayloadObservationTest : public testing::Test {
  protected:
   [[nodiscard]] Observation observe(const fs::path& path, const PayloadExpectation& expectation,
                                     const RecoveryPayloadReadObserver& observer = {}) {
-    return PayloadObservations::observePayloadFile(path, expectation, buffer_, observer);
+    return PayloadObservations::observation(
+        PayloadFileExaminations::examine(path, expectation.byteCount, expectation.sha256, buffer_, observer));
   }
 
   testsupport::TemporaryDirectory directory_;
@@ -127,8 +128,8 @@ TEST(PayloadFileEvidenceTest, CountsAddUpAndAFileNotObservedIsUnreadable) {
   }
   observations.emplace(Bytes(16, 0xEE), Observation::matching);  // required by another snapshot only
   const auto evidence = payloadFileEvidence(expectations, observations);
-  EXPECT_EQ(evidence, (RecoveryPayloadFileEvidenceV1{11, 2, 2, 2, 5}));
-  EXPECT_EQ(payloadFileEvidence({}, observations), RecoveryPayloadFileEvidenceV1{});
+  EXPECT_EQ(evidence, (RecoveryPayloadFileEvidence{11, 2, 2, 2, 5}));
+  EXPECT_EQ(payloadFileEvidence({}, observations), RecoveryPayloadFileEvidence{});
 }
 
 }  // namespace

@@ -24,7 +24,6 @@ namespace galdrine::recovery {
 
 namespace {
 
-namespace Exporter = RecoveryExporter;
 using namespace testsupport::RecoveryTestPackages;
 using namespace testsupport::ExportTestSupport;
 using ExportError = RecoveryExporterError;
@@ -51,7 +50,7 @@ class ExporterPackageTest : public testing::Test {
   }
 
   [[nodiscard]] std::expected<Result, ExportError> exportTo(const fs::path& destination, const Written& written) const {
-    return Exporter::exportWithRecoveryKey(packagePath(), kRecoveryKey, bytesOf(written.commitIdentifier), destination);
+    return exportWithRecoveryKey(packagePath(), kRecoveryKey, bytesOf(written.commitIdentifier), destination);
   }
 
   testsupport::TemporaryDirectory directory_;
@@ -69,7 +68,7 @@ TEST_F(ExporterPackageTest, ExportsEveryResourceByteForByteBesideBothDocuments) 
   const auto resourceCount = static_cast<std::int64_t>(first.resources.size());
   const auto itemCount = static_cast<std::int64_t>(library.items.size());
   EXPECT_EQ(*result, (Result{destination, bytesOf(first.commitIdentifier), first.snapshot.identifier(),
-                             RecoveryExportStatusV1::completed, itemCount, itemCount, resourceCount, resourceCount, 0}));
+                             RecoveryExportStatus::completed, itemCount, itemCount, resourceCount, resourceCount, 0}));
 
   EXPECT_EQ(entryNames(destination), (std::vector<std::string>{"All Items", "library-mapping.json", "recovery-report.json"}));
   EXPECT_EQ(entryNames(directory_.path()), (std::vector<std::string>{"Library.galdrine", "Recovered"}));
@@ -96,11 +95,10 @@ TEST_F(ExporterPackageTest, RefusesADestinationOutsideItsStandardForm) {
   const std::string refused[] = {"Recovered", root + "/./Recovered", root + "/sub/../Recovered", root + "/Recovered/",
                                  root + "//Recovered", root + "/.", ""};
   for (const std::string& destination : refused) {
-    const auto result = Exporter::exportWithRecoveryKey(directory_ / "Absent.galdrine", kRecoveryKey, Bytes(16, 1),
+    const auto result = exportWithRecoveryKey(directory_ / "Absent.galdrine", kRecoveryKey, Bytes(16, 1),
                                                         fs::path(destination));
     EXPECT_EQ(result, std::unexpected(ExportError::destinationUnavailable)) << destination;
   }
-  EXPECT_TRUE(Exporter::isStandardDestination(directory_ / "Recovered"));
   EXPECT_EQ(entryNames(directory_.path()), std::vector<std::string>{"Library.galdrine"});
 }
 
@@ -124,9 +122,9 @@ TEST_F(ExporterPackageTest, SessionRefusalsComeInTheirOrder) {
       {"an unknown commit, after unlocking", packagePath(), kRecoveryKey, Bytes(16, 0xEE), ExportError::snapshotNotFound},
   };
   for (const auto& refusal : cases) {
-    const auto result = Exporter::exportWithRecoveryKey(refusal.package, refusal.key, refusal.selection, directory_ / "Out");
+    const auto result = exportWithRecoveryKey(refusal.package, refusal.key, refusal.selection, directory_ / "Out");
     EXPECT_EQ(result, std::unexpected(refusal.expected)) << refusal.name;
-    EXPECT_EQ(Exporter::restoreSessionWithRecoveryKey(refusal.package, refusal.key, refusal.selection).error(),
+    EXPECT_EQ(restoreSessionWithRecoveryKey(refusal.package, refusal.key, refusal.selection).error(),
               refusal.expected)
         << refusal.name;
   }
@@ -137,7 +135,7 @@ TEST_F(ExporterPackageTest, EveryFaultPointLeavesNeitherDestinationNorStaging) {
   const Written written = write(library(5, 3, 1));
   for (const FaultPoint point : {FaultPoint::afterStagingCreated, FaultPoint::afterFirstResourceAttempt,
                                  FaultPoint::beforeMetadata, FaultPoint::beforePublication}) {
-    const auto result = Exporter::exportWithRecoveryKey(packagePath(), kRecoveryKey, bytesOf(written.commitIdentifier),
+    const auto result = exportWithRecoveryKey(packagePath(), kRecoveryKey, bytesOf(written.commitIdentifier),
                                                         directory_ / "Recovered", point);
     EXPECT_EQ(result, std::unexpected(ExportError::outputWriteFailed)) << static_cast<int>(point);
     EXPECT_EQ(entryNames(directory_.path()), std::vector<std::string>{"Library.galdrine"}) << static_cast<int>(point);
@@ -146,10 +144,10 @@ TEST_F(ExporterPackageTest, EveryFaultPointLeavesNeitherDestinationNorStaging) {
 
 TEST_F(ExporterPackageTest, AnEmptyPlanPublishesAnEmptyAllItemsAndNeverMeetsTheFirstAttempt) {
   const Written written = write(writer::BackupLibrarySnapshot{});
-  const auto result = Exporter::exportWithRecoveryKey(packagePath(), kRecoveryKey, bytesOf(written.commitIdentifier),
+  const auto result = exportWithRecoveryKey(packagePath(), kRecoveryKey, bytesOf(written.commitIdentifier),
                                                       directory_ / "Recovered", FaultPoint::afterFirstResourceAttempt);
   ASSERT_TRUE(result.has_value()) << static_cast<int>(result.error());
-  EXPECT_EQ(result->status, RecoveryExportStatusV1::completed);
+  EXPECT_EQ(result->status, RecoveryExportStatus::completed);
   EXPECT_EQ(result->totalItemCount + result->totalResourceCount, 0);
   EXPECT_TRUE(entryNames(directory_ / "Recovered" / "All Items").empty());
 }
@@ -158,7 +156,7 @@ TEST_F(ExporterPackageTest, AnEmptyPlanPublishesAnEmptyAllItemsAndNeverMeetsTheF
 // written whole, and only the final proof refuses it.
 TEST_F(ExporterPackageTest, APayloadThatFailsItsFinalDigestLeavesNoFileAndKeepsItsPlannedPath) {
   const Written written = write(library(6, 1, 1));
-  const auto session = Exporter::restoreSessionWithRecoveryKey(packagePath(), kRecoveryKey, bytesOf(written.commitIdentifier));
+  const auto session = restoreSessionWithRecoveryKey(packagePath(), kRecoveryKey, bytesOf(written.commitIdentifier));
   ASSERT_TRUE(session.has_value());
   const auto& plan = (*session)->plan();
   const auto video = std::ranges::find_if(plan, [](const auto& planned) { return planned.resource->parts().size() > 1; });
@@ -174,17 +172,17 @@ TEST_F(ExporterPackageTest, APayloadThatFailsItsFinalDigestLeavesNoFileAndKeepsI
 
   const fs::path root = directory_ / "root";
   fs::create_directories(root / "All Items");
-  const Exporter::PlannedResource planned{video->item, &*altered, video->relativePath};
-  const auto outcome = Exporter::recover(planned, root, (*session)->reader().package(), (*session)->libraryDomainIdentifier(),
+  const PlannedResource planned{video->item, &*altered, video->relativePath};
+  const auto outcome = recover(planned, root, (*session)->reader().package(), (*session)->libraryDomainIdentifier(),
                                          (*session)->bpmk(), (*session)->model().payloadKeys, (*session)->availability());
   ASSERT_TRUE(outcome.has_value());
-  const Exporter::ResourceIssue finalProof{std::nullopt, Exporter::ResourceFailureReason::payloadIntegrityFailure};
-  EXPECT_EQ(*outcome, (Exporter::ResourceOutcome{std::nullopt, {finalProof}}));
+  const ResourceIssue finalProof{std::nullopt, ResourceFailureReason::payloadIntegrityFailure};
+  EXPECT_EQ(*outcome, (ResourceOutcome{std::nullopt, {finalProof}}));
   EXPECT_TRUE(entryNames(root / "All Items").empty());
 
-  Exporter::ResourceOutcomes outcomes{{original.identifier(), *outcome}};
-  for (const auto& other : plan) outcomes.try_emplace(other.resource->identifier(), Exporter::ResourceOutcome{{}, {}});
-  const auto mapping = Exporter::mapping({}, (*session)->model(), plan, outcomes);
+  ResourceOutcomes outcomes{{original.identifier(), *outcome}};
+  for (const auto& other : plan) outcomes.try_emplace(other.resource->identifier(), ResourceOutcome{{}, {}});
+  const auto mapping = mappingDocument({}, (*session)->model(), plan, outcomes);
   ASSERT_TRUE(mapping.has_value());
   const auto row = std::ranges::find_if(mapping->items, [&](const auto& item) {
     return item.identifier == ByteText::lowerHex(original.itemIdentifier());
@@ -238,7 +236,7 @@ TEST_F(ExporterPackageTest, HostileNamesBecomeSafeFlatNamesInsideAllItems) {
   }
   std::set<std::string> folded;
   for (const std::string& name : exported->allItemsNames) {
-    const auto key = Exporter::comparisonKey(name);
+    const auto key = comparisonKey(name);
     ASSERT_TRUE(key.has_value());
     EXPECT_TRUE(folded.insert(*key).second) << name;
   }

@@ -17,7 +17,6 @@ namespace galdrine::recovery {
 namespace {
 
 namespace fs = std::filesystem;
-using RecoveryExporter::RecoveryOutputFile;
 using Error = RecoveryExporterError;
 
 Bytes patterned(std::size_t byteCount, std::uint8_t seed) {

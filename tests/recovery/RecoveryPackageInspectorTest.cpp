@@ -23,13 +23,12 @@ namespace galdrine::recovery {
 
 namespace {
 
-namespace Inspector = RecoveryPackageInspector;
 namespace Damage = testsupport::BackupPackageDamage;
 using namespace testsupport::RecoveryTestPackages;
 using InspectorError = RecoveryPackageInspectorError;
 using Inspection = RecoveryPackageInspection;
-using Evidence = RecoveryPayloadFileEvidenceV1;
-using Disposition = RecoveryBranchDispositionV1;
+using Evidence = RecoveryPayloadFileEvidence;
+using Disposition = RecoveryBranchDisposition;
 using Written = writer::BackupWrittenCommit;
 using Request = writer::BackupCommitRequest;
 using Parent = writer::BackupCommitParent;
@@ -80,7 +79,7 @@ class InspectorPackageTest : public testing::Test {
   }
 
   [[nodiscard]] std::expected<Inspection, InspectorError> inspect(const RecoveryInspectionLimits& limits = {}) const {
-    return Inspector::inspectWithRecoveryKey(packagePath(), kRecoveryKey, limits);
+    return inspectWithRecoveryKey(packagePath(), kRecoveryKey, limits);
   }
 
   // preflightOf finds the preflight of `written`'s commit.
@@ -112,7 +111,7 @@ TEST_F(InspectorPackageTest, AnEmptyPackageHasNoPublishedHead) {
   EXPECT_TRUE(inspection->preservedBranches.empty() && inspection->authenticatedSnapshots.empty());
   EXPECT_EQ(inspection->authenticatedCommitCount + inspection->authenticatedHeadCount, 0);
   EXPECT_EQ(inspection->maximumWriterEpoch, 0u);
-  const auto reader = Inspector::openEnvelopeReader(packagePath());
+  const auto reader = openEnvelopeReader(packagePath());
   ASSERT_TRUE(reader.has_value());
   EXPECT_EQ(inspection->keyEnvelopeSetSHA256, reader->envelopeSetSHA256());
 }
@@ -149,15 +148,15 @@ TEST_F(InspectorPackageTest, ASingleBranchIsWhatWasWritten) {
   EXPECT_EQ(inspection->authenticatedHeadCount, 1);
   EXPECT_EQ(inspection->maximumWriterEpoch, commit.writerEpoch());
 
-  const auto reader = Inspector::openEnvelopeReader(packagePath());
+  const auto reader = openEnvelopeReader(packagePath());
   ASSERT_TRUE(reader.has_value());
-  const auto snapshot = Inspector::authenticatedSnapshot(bytesOf(written.commitIdentifier), *reader,
+  const auto snapshot = authenticatedSnapshot(bytesOf(written.commitIdentifier), *reader,
                                                          writer_.backupPackageMasterKey());
   ASSERT_TRUE(snapshot.has_value());
   EXPECT_EQ(snapshot->authenticatedCommit, written.commit);
   EXPECT_EQ(snapshot->snapshot, written.snapshot);
   EXPECT_EQ(snapshot->records, written.records);
-  EXPECT_EQ(Inspector::authenticatedSnapshot(Bytes(16, 0xEE), *reader, writer_.backupPackageMasterKey()).error(),
+  EXPECT_EQ(authenticatedSnapshot(Bytes(16, 0xEE), *reader, writer_.backupPackageMasterKey()).error(),
             InspectorError::integrityFailure);
 }
 
@@ -180,9 +179,9 @@ TEST_F(InspectorPackageTest, SnapshotsSharingPayloadsHashEachFileOnceAndShareThe
     if (readOrder.empty() || readOrder.back() != file) readOrder.push_back(file);
     if (byteCount == 0) ++endings[file];
   };
-  const auto reader = Inspector::openEnvelopeReader(packagePath());
+  const auto reader = openEnvelopeReader(packagePath());
   ASSERT_TRUE(reader.has_value());
-  const auto inspection = Inspector::inspect(*reader, writer_.backupPackageMasterKey(),
+  const auto inspection = recovery::inspect(*reader, writer_.backupPackageMasterKey(),
                                              envelope::PortableKeyFactorV1::recoveryKey, {}, observer);
   ASSERT_TRUE(inspection.has_value()) << static_cast<int>(inspection.error());
   // Each required file was read in one run of reads that ended once: hashed once, shared or not.
@@ -310,7 +309,7 @@ TEST(InspectorDamageTest, DamagedMetadataStopsTheInspection) {
     const auto file = Damage::metadataFile(*written, testCase.file);
     ASSERT_TRUE(file.has_value());
     ASSERT_TRUE(Damage::damageFile(path, *file, testCase.damage).has_value());
-    const auto inspection = Inspector::inspectWithRecoveryKey(path, kRecoveryKey);
+    const auto inspection = inspectWithRecoveryKey(path, kRecoveryKey);
     ASSERT_FALSE(inspection.has_value()) << testCase.name;
     EXPECT_EQ(inspection.error(), InspectorError::integrityFailure) << testCase.name;
   }
@@ -332,7 +331,7 @@ TEST(InspectorDamageTest, StrayOrMisspelledNamesInCommitsAndHeadsStopTheInspecti
       } else {
         ASSERT_TRUE(Damage::addStrayFile(path / directoryName, ".DS_Store", ByteText::view("x")).has_value());
       }
-      EXPECT_EQ(Inspector::inspectWithRecoveryKey(path, kRecoveryKey).error(), InspectorError::integrityFailure)
+      EXPECT_EQ(inspectWithRecoveryKey(path, kRecoveryKey).error(), InspectorError::integrityFailure)
           << directoryName << (upperCase ? " upper case" : " stray");
     }
   }
@@ -345,34 +344,34 @@ TEST(InspectorCredentialTest, EitherFactorUnlocksAndEveryOtherWayInIsRefused) {
     auto writer = createWithBothFactors(path);
     ASSERT_TRUE(writer.writeCommit(library(1, 1)).has_value());
   }
-  const auto byPassphrase = Inspector::inspectWithBackupPassphrase(path, kPassphrase);
+  const auto byPassphrase = inspectWithBackupPassphrase(path, kPassphrase);
   ASSERT_TRUE(byPassphrase.has_value());
   EXPECT_EQ(byPassphrase->unlockedFactor, envelope::PortableKeyFactorV1::backupPassphrase);
-  const auto byRecoveryKey = Inspector::inspectWithRecoveryKey(path, kRecoveryKey);
+  const auto byRecoveryKey = inspectWithRecoveryKey(path, kRecoveryKey);
   ASSERT_TRUE(byRecoveryKey.has_value());
   EXPECT_EQ(byRecoveryKey->unlockedFactor, envelope::PortableKeyFactorV1::recoveryKey);
   EXPECT_EQ(byRecoveryKey->authenticatedSnapshots, byPassphrase->authenticatedSnapshots);
 
   Bytes wrongPassphrase = kPassphrase;
   wrongPassphrase.back() ^= 0x01;
-  EXPECT_EQ(Inspector::inspectWithBackupPassphrase(path, wrongPassphrase).error(), InspectorError::unlockFailed);
+  EXPECT_EQ(inspectWithBackupPassphrase(path, wrongPassphrase).error(), InspectorError::unlockFailed);
   Bytes wrongKey = kRecoveryKey;
   wrongKey.front() ^= 0x01;
-  EXPECT_EQ(Inspector::inspectWithRecoveryKey(path, wrongKey).error(), InspectorError::unlockFailed);
-  EXPECT_EQ(Inspector::inspectWithRecoveryKey(path, ByteView(kRecoveryKey).first(31)).error(), InspectorError::unlockFailed);
+  EXPECT_EQ(inspectWithRecoveryKey(path, wrongKey).error(), InspectorError::unlockFailed);
+  EXPECT_EQ(inspectWithRecoveryKey(path, ByteView(kRecoveryKey).first(31)).error(), InspectorError::unlockFailed);
 
   // A package that does not open or bind costs no derivation.
   const auto derivationsBefore = kdf::Argon2id::derivationCount();
-  EXPECT_EQ(Inspector::inspectWithBackupPassphrase(directory / "Absent.galdrine", kPassphrase).error(),
+  EXPECT_EQ(inspectWithBackupPassphrase(directory / "Absent.galdrine", kPassphrase).error(),
             InspectorError::invalidPackage);
-  EXPECT_EQ(Inspector::openEnvelopeReader(directory.path()).error(), InspectorError::invalidPackage);
+  EXPECT_EQ(openEnvelopeReader(directory.path()).error(), InspectorError::invalidPackage);
   const fs::path envelopes = path / format::BackupPackageV1::keyEnvelopesName;
   const Writer other = createWithRecoveryKey(directory / "Other.galdrine", 8);
   fs::copy_file(other.package().packagePath() / format::BackupPackageV1::keyEnvelopesName, envelopes,
                 fs::copy_options::overwrite_existing);
-  EXPECT_EQ(Inspector::inspectWithBackupPassphrase(path, kPassphrase).error(), InspectorError::invalidPackage);
+  EXPECT_EQ(inspectWithBackupPassphrase(path, kPassphrase).error(), InspectorError::invalidPackage);
   fs::remove(envelopes);
-  EXPECT_EQ(Inspector::inspectWithBackupPassphrase(path, kPassphrase).error(), InspectorError::invalidPackage);
+  EXPECT_EQ(inspectWithBackupPassphrase(path, kPassphrase).error(), InspectorError::invalidPackage);
   EXPECT_EQ(kdf::Argon2id::derivationCount(), derivationsBefore);
 }
 

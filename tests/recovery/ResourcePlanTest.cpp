@@ -13,23 +13,22 @@ namespace galdrine::recovery {
 
 namespace {
 
-namespace Exporter = RecoveryExporter;
 using Error = RecoveryExporterError;
 using Role = format::BackupMediaResourceRoleV1;
 using ExportTestRecords::item;
 using ExportTestRecords::resource;
 
-Exporter::ExportModel modelOf(std::vector<format::BackupMediaItemRecordV1> items,
+ExportModel modelOf(std::vector<format::BackupMediaItemRecordV1> items,
                               std::vector<format::BackupMediaResourceRecordV1> resources) {
   std::vector<format::BackupManifestRecordV1> records;
   for (auto& record : items) records.emplace_back(std::move(record));
   for (auto& record : resources) records.emplace_back(std::move(record));
-  auto model = Exporter::exportModel(records);
+  auto model = exportModel(records);
   EXPECT_TRUE(model.has_value());
   return std::move(*model);
 }
 
-std::vector<std::string> pathsOf(const std::vector<Exporter::PlannedResource>& plan) {
+std::vector<std::string> pathsOf(const std::vector<PlannedResource>& plan) {
   std::vector<std::string> paths;
   for (const auto& planned : plan) paths.push_back(planned.relativePath);
   return paths;
@@ -41,14 +40,14 @@ TEST(ResourcePlan, PlansItemsInOrderAndResourcesInListedOrderUnderOneFlatDirecto
        item(4, "\xC3\xA4.jpg", {40})},
       {resource(40, 4), resource(11, 1, "com.apple.quicktime-movie", Role::pairedVideo), resource(20, 2),
        resource(10, 1, "public.heic"), resource(31, 3)});
-  const auto plan = Exporter::resourcePlan(model);
+  const auto plan = resourcePlan(model);
   ASSERT_TRUE(plan.has_value());
   EXPECT_EQ(pathsOf(*plan), (std::vector<std::string>{"All Items/IMG-current.HEIC", "All Items/IMG-motion.mov",
                                                       "All Items/A.JPG", "All Items/a-2.jpg", "All Items/\xC3\xA4-3.jpg"}));
   ASSERT_EQ(plan->size(), 5u);
   EXPECT_EQ((*plan)[1].resource->role(), Role::pairedVideo);
   EXPECT_EQ((*plan)[1].item->identifier(), model.items[0].identifier());
-  EXPECT_TRUE(Exporter::resourcePlan(Exporter::ExportModel{})->empty());
+  EXPECT_TRUE(resourcePlan(ExportModel{})->empty());
 }
 
 TEST(ResourcePlan, ResourcesThatDoNotBelongWhereListedAreIntegrityFailures) {
@@ -70,7 +69,7 @@ TEST(ResourcePlan, ResourcesThatDoNotBelongWhereListedAreIntegrityFailures) {
   for (const auto& testCase : cases) {
     SCOPED_TRACE(testCase.name);
     const auto model = modelOf(testCase.items, testCase.resources);
-    const auto plan = Exporter::resourcePlan(model);
+    const auto plan = resourcePlan(model);
     ASSERT_FALSE(plan.has_value());
     EXPECT_EQ(plan.error(), testCase.expected);
   }
@@ -87,10 +86,10 @@ TEST(ResourcePlan, NamesThatCollideEverywhereStillAllGetDistinctPaths) {
     resources.push_back(resource(1000 + number, number));
   }
   const auto model = modelOf(items, resources);
-  const auto plan = Exporter::resourcePlan(model);
+  const auto plan = resourcePlan(model);
   ASSERT_TRUE(plan.has_value());
   std::set<std::string> keys;
-  for (const auto& path : pathsOf(*plan)) EXPECT_TRUE(keys.insert(*Exporter::comparisonKey(path)).second) << path;
+  for (const auto& path : pathsOf(*plan)) EXPECT_TRUE(keys.insert(*comparisonKey(path)).second) << path;
 }
 
 }  // namespace

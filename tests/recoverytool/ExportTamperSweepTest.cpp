@@ -31,7 +31,6 @@ namespace galdrine::recoverytool {
 
 namespace {
 
-namespace Exporter = recovery::RecoveryExporter;
 using namespace testsupport::RecoveryTestPackages;
 using namespace testsupport::ExportTestSupport;
 using Written = writer::BackupWrittenCommit;
@@ -102,8 +101,8 @@ class ExportTamperSweepTest : public testing::Test {
       envelope::PortableKeyFactorV1 factor) const {
     const Bytes selected = bytesOf(written_.commitIdentifier);
     return factor == envelope::PortableKeyFactorV1::recoveryKey
-               ? Exporter::exportWithRecoveryKey(packagePath(), kRecoveryKey, selected, destination())
-               : Exporter::exportWithBackupPassphrase(packagePath(), kPassphrase, selected, destination());
+               ? recovery::exportWithRecoveryKey(packagePath(), kRecoveryKey, selected, destination())
+               : recovery::exportWithBackupPassphrase(packagePath(), kPassphrase, selected, destination());
   }
 
   void expectRefused(const fs::path& file, std::size_t offset, envelope::PortableKeyFactorV1 factor) const {
@@ -120,7 +119,7 @@ class ExportTamperSweepTest : public testing::Test {
       const FlippedByte flipped(file, offset);
       const auto result = exportWith(envelope::PortableKeyFactorV1::recoveryKey);
       ASSERT_TRUE(result.has_value()) << file.filename() << " at " << offset << ": " << static_cast<int>(result.error());
-      EXPECT_EQ(result->status, recovery::RecoveryExportStatusV1::completedWithIssues) << file.filename() << " at " << offset;
+      EXPECT_EQ(result->status, recovery::RecoveryExportStatus::completedWithIssues) << file.filename() << " at " << offset;
       EXPECT_GE(result->failedResourceCount, 1);
       const auto exported = readExport(destination());
       ASSERT_TRUE(exported.has_value());

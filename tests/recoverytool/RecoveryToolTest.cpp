@@ -205,7 +205,7 @@ TEST(RecoveryTool, ExportUnlocksWithTheSelectedCommitAndPrintsItsDocument) {
   result.outputPath = "/out/new";
   result.selectedCommitIdentifier = firstCommit;
   result.selectedSnapshotIdentifier = Bytes(16, 0x33);
-  result.status = recovery::RecoveryExportStatusV1::completedWithIssues;
+  result.status = recovery::RecoveryExportStatus::completedWithIssues;
   result.totalItemCount = 5;
   result.recoveredItemCount = 4;
   result.totalResourceCount = 7;

@@ -56,8 +56,8 @@ struct ExportedResource {
 struct Exported {
   std::string mappingText;
   std::string reportText;
-  recovery::RecoveryExporter::MappingV1 mapping;
-  recovery::RecoveryExporter::ReportV1 report;
+  recovery::MappingV1 mapping;
+  recovery::ReportV1 report;
   std::map<std::string, ExportedResource> resources;  // by lower-case hex identifier
   std::vector<std::string> allItemsNames;
 };
@@ -68,8 +68,8 @@ struct Exported {
   Exported exported;
   exported.mappingText = textOf(destination / "library-mapping.json");
   exported.reportText = textOf(destination / "recovery-report.json");
-  auto mapping = recovery::RecoveryExporter::mappingFromDocumentText(exported.mappingText);
-  auto report = recovery::RecoveryExporter::reportFromDocumentText(exported.reportText);
+  auto mapping = recovery::mappingFromDocumentText(exported.mappingText);
+  auto report = recovery::reportFromDocumentText(exported.reportText);
   if (!mapping || !report) {
     ADD_FAILURE() << "the documents of " << destination << " do not read back";
     return std::nullopt;
