@@ -1,5 +1,5 @@
 // Looking at one payload file: every shape a file can take in its place, streaming in 1 MiB
-// pieces, and a file that changes while it is hashed.
+// pieces, a file that changes while it is hashed, and the evidence counted from it all.
 
 #include "recovery/inspection/PayloadObservation.hpp"
 
@@ -8,12 +8,12 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
 
 #include "platform/SHA256.hpp"
-#include "recovery/inspection/PayloadObservation.hpp"
 #include "support/FileFixtures.hpp"
 #include "support/TemporaryDirectory.hpp"
 
@@ -22,9 +22,7 @@ namespace galdrine::recovery {
 namespace {
 
 namespace fs = std::filesystem;
-using testsupport::FileFixtures::makeDirectory;
-using testsupport::FileFixtures::makeSymbolicLink;
-using testsupport::FileFixtures::writeFile;
+using namespace testsupport::FileFixtures;
 using Observation = PayloadObservation;
 constexpr std::size_t kPiece = PayloadFileExaminations::readPieceByteCount;
 
@@ -34,17 +32,11 @@ constexpr std::size_t kPiece = PayloadFileExaminations::readPieceByteCount;
   return bytes;
 }
 
-[[nodiscard]] PayloadExpectation expectationOf(ByteView bytes) {
-  const auto digest = platform::SHA256::digest(bytes);
-  return {format::BackupPayloadContainerKindV1::chunk, bytes.size(), Bytes(digest.begin(), digest.end())};
-}
-
 class PayloadObservationTest : public testing::Test {
  protected:
-  [[nodiscard]] Observation observe(const fs::path& path, const PayloadExpectation& expectation,
-                                    const RecoveryPayloadReadObserver& observer = {}) {
-    return PayloadObservations::observation(
-        PayloadFileExaminations::examine(path, expectation.byteCount, expectation.sha256, buffer_, observer));
+  [[nodiscard]] Observation observe(const fs::path& path, ByteView expected, const RecoveryPayloadReadObserver& observer = {}) {
+    const auto digest = platform::SHA256::digest(expected);
+    return PayloadObservations::observation(PayloadFileExaminations::examine(path, expected.size(), digest, buffer_, observer));
   }
 
   testsupport::TemporaryDirectory directory_;
@@ -53,7 +45,6 @@ class PayloadObservationTest : public testing::Test {
 
 TEST_F(PayloadObservationTest, EachShapeInAPayloadFilesPlaceHasItsObservation) {
   const Bytes content = patterned(5000);
-  const PayloadExpectation expected = expectationOf(content);
   Bytes altered = content;
   altered[4321] ^= 0x40;
   writeFile(directory_ / "matching", content);
@@ -65,15 +56,12 @@ TEST_F(PayloadObservationTest, EachShapeInAPayloadFilesPlaceHasItsObservation) {
   makeSymbolicLink(directory_ / "nowhere", directory_ / "dangling");
   ASSERT_EQ(::mkfifo((directory_ / "fifo").c_str(), 0600), 0);
   const std::map<std::string, Observation> cases{
-      {"matching", Observation::matching},     {"absent", Observation::missing},
-      {"altered", Observation::mismatched},    {"shorter", Observation::mismatched},
-      {"empty", Observation::mismatched},      {"directory", Observation::mismatched},
-      {"fifo", Observation::mismatched},       {"link", Observation::unreadable},
-      {"dangling", Observation::unreadable},
-  };
-  for (const auto& [name, observation] : cases) EXPECT_EQ(observe(directory_ / name, expected), observation) << name;
+      {"matching", Observation::matching},  {"absent", Observation::missing},       {"altered", Observation::mismatched},
+      {"shorter", Observation::mismatched}, {"empty", Observation::mismatched},     {"directory", Observation::mismatched},
+      {"fifo", Observation::mismatched},    {"link", Observation::unreadable},      {"dangling", Observation::unreadable}};
+  for (const auto& [name, observation] : cases) EXPECT_EQ(observe(directory_ / name, content), observation) << name;
   // An expectation of zero bytes never matches, even an empty file.
-  EXPECT_EQ(observe(directory_ / "empty", expectationOf({})), Observation::mismatched);
+  EXPECT_EQ(observe(directory_ / "empty", {}), Observation::mismatched);
 }
 
 TEST_F(PayloadObservationTest, AFileIsStreamedInWholePiecesUntilAReadGivesNothing) {
@@ -81,8 +69,7 @@ TEST_F(PayloadObservationTest, AFileIsStreamedInWholePiecesUntilAReadGivesNothin
     const Bytes content = patterned(byteCount);
     writeFile(directory_ / "file", content);
     std::vector<std::size_t> reads;
-    const auto observation = observe(directory_ / "file", expectationOf(content),
-                                     [&](const fs::path&, std::size_t readByteCount) { reads.push_back(readByteCount); });
+    const auto observation = observe(directory_ / "file", content, [&](const fs::path&, std::size_t read) { reads.push_back(read); });
     EXPECT_EQ(observation, Observation::matching) << byteCount;
     std::vector<std::size_t> expected(byteCount / kPiece, kPiece);
     if (byteCount % kPiece != 0) expected.push_back(byteCount % kPiece);
@@ -94,26 +81,21 @@ TEST_F(PayloadObservationTest, AFileIsStreamedInWholePiecesUntilAReadGivesNothin
 TEST_F(PayloadObservationTest, AFileThatChangesWhileItIsHashedIsUnreadable) {
   const Bytes content = patterned(2 * kPiece);
   const fs::path path = directory_ / "file";
-  struct Change {
-    std::string name;
-    std::function<void()> apply;
-  };
-  const std::vector<Change> changes{
-      {"rewritten in place with a new time",
+  const std::pair<const char*, std::function<void()>> changes[] = {
+      {"rewritten with a new time",
        [&] {
          const timespec times[2] = {{0, UTIME_OMIT}, {12345, 678}};
          ASSERT_EQ(::utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
        }},
-      {"grown", [&] { std::filesystem::resize_file(path, content.size() + 10); }},
-      {"shrunk", [&] { std::filesystem::resize_file(path, content.size() - 10); }},
+      {"grown", [&] { fs::resize_file(path, content.size() + 10); }},
+      {"shrunk", [&] { fs::resize_file(path, content.size() - 10); }},
   };
-  for (const Change& change : changes) {
+  for (const auto& [name, change] : changes) {
     writeFile(path, content);
     int readCount = 0;
-    const auto observation = observe(path, expectationOf(content), [&](const fs::path&, std::size_t) {
-      if (++readCount == 1) change.apply();
-    });
-    EXPECT_EQ(observation, Observation::unreadable) << change.name;
+    EXPECT_EQ(observe(path, content, [&](const fs::path&, std::size_t) { if (++readCount == 1) change(); }),
+              Observation::unreadable)
+        << name;
   }
 }
 
@@ -122,13 +104,11 @@ TEST(PayloadFileEvidenceTest, CountsAddUpAndAFileNotObservedIsUnreadable) {
   PayloadObservationMap observations;
   const Observation kinds[] = {Observation::matching, Observation::missing, Observation::mismatched, Observation::unreadable};
   for (std::uint8_t index = 0; index < 11; ++index) {
-    const Bytes identifier(16, index);
-    expectations.emplace(identifier, PayloadExpectation{format::BackupPayloadContainerKindV1::pack, 1, Bytes(32, 0)});
-    if (index < 8) observations.emplace(identifier, kinds[index % 4]);
+    expectations.emplace(Bytes(16, index), PayloadExpectation{format::BackupPayloadContainerKindV1::pack, 1, Bytes(32, 0)});
+    if (index < 8) observations.emplace(Bytes(16, index), kinds[index % 4]);
   }
   observations.emplace(Bytes(16, 0xEE), Observation::matching);  // required by another snapshot only
-  const auto evidence = payloadFileEvidence(expectations, observations);
-  EXPECT_EQ(evidence, (RecoveryPayloadFileEvidence{11, 2, 2, 2, 5}));
+  EXPECT_EQ(payloadFileEvidence(expectations, observations), (RecoveryPayloadFileEvidence{11, 2, 2, 2, 5}));
   EXPECT_EQ(payloadFileEvidence({}, observations), RecoveryPayloadFileEvidence{});
 }
 

@@ -11,14 +11,12 @@
 #include <string>
 #include <vector>
 
-#include "writer/BackupLibrarySnapshot.hpp"
 #include "recovery/export/ExportDocumentText.hpp"
-#include "support/FileFixtures.hpp"
 #include "support/BackupWriterTestSupport.hpp"
+#include "support/FileFixtures.hpp"
+#include "writer/BackupLibrarySnapshot.hpp"
 
-namespace galdrine::testsupport {
-
-namespace ExportTestSupport {
+namespace galdrine::testsupport::ExportTestSupport {
 
 namespace fs = std::filesystem;
 
@@ -30,11 +28,6 @@ namespace fs = std::filesystem;
   for (const auto& entry : fs::directory_iterator(directory, error)) names.push_back(entry.path().filename().string());
   std::ranges::sort(names);
   return names;
-}
-
-[[nodiscard]] inline std::string textOf(const fs::path& file) {
-  const Bytes bytes = FileFixtures::readFile(file);
-  return std::string(bytes.begin(), bytes.end());
 }
 
 // contentsByIdentifier gives each resource of `library` its bytes, keyed by lower-case hex.
@@ -65,9 +58,12 @@ struct Exported {
 // readExport reads the two documents of the export at `destination` and what stands at every
 // planned path; it fails the test and gives nothing when a document does not read back.
 [[nodiscard]] inline std::optional<Exported> readExport(const fs::path& destination) {
-  Exported exported;
-  exported.mappingText = textOf(destination / "library-mapping.json");
-  exported.reportText = textOf(destination / "recovery-report.json");
+  const auto textOf = [](const fs::path& file) {
+    const Bytes bytes = FileFixtures::readFile(file);
+    return std::string(bytes.begin(), bytes.end());
+  };
+  Exported exported{textOf(destination / "library-mapping.json"), textOf(destination / "recovery-report.json"), {}, {}, {},
+                    entryNames(destination / "All Items")};
   auto mapping = recovery::mappingFromDocumentText(exported.mappingText);
   auto report = recovery::reportFromDocumentText(exported.reportText);
   if (!mapping || !report) {
@@ -84,7 +80,6 @@ struct Exported {
       exported.resources[resource.identifier] = {resource.plannedRelativePath, resource.recovered, std::move(bytes)};
     }
   }
-  exported.allItemsNames = entryNames(destination / "All Items");
   return exported;
 }
 
@@ -94,18 +89,13 @@ struct Exported {
 inline void expectEveryRecoveredFileIsItsResource(const Exported& exported, const std::map<std::string, Bytes>& contents) {
   std::size_t recovered = 0;
   for (const auto& [identifier, resource] : exported.resources) {
-    if (resource.recovered) {
-      ++recovered;
-      const auto expected = contents.find(identifier);
-      ASSERT_NE(expected, contents.end()) << identifier;
-      EXPECT_EQ(resource.bytes, expected->second) << resource.plannedRelativePath;
-    } else {
-      EXPECT_FALSE(resource.bytes.has_value()) << resource.plannedRelativePath;
-    }
+    const auto expected = contents.find(identifier);
+    ASSERT_NE(expected, contents.end()) << identifier;
+    EXPECT_EQ(resource.bytes, resource.recovered ? std::optional(expected->second) : std::nullopt)
+        << resource.plannedRelativePath;
+    recovered += resource.recovered ? 1 : 0;
   }
   EXPECT_EQ(exported.allItemsNames.size(), recovered);
 }
 
-}  // namespace ExportTestSupport
-
-}  // namespace galdrine::testsupport
+}  // namespace galdrine::testsupport::ExportTestSupport

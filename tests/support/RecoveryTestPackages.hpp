@@ -7,19 +7,22 @@
 #include <gtest/gtest.h>
 
 #include <ostream>
+#include <stdexcept>
 
 #include "recovery/inspection/RecoveryPackageInspectorError.hpp"
 #include "support/BackupWriterTestSupport.hpp"
 
-namespace galdrine::testsupport {
+namespace galdrine::recovery {
 
-inline void PrintTo(recovery::RecoveryPackageInspectorError error, std::ostream* out) {
+inline void PrintTo(RecoveryPackageInspectorError error, std::ostream* out) {
   constexpr const char* names[] = {"invalidPackage", "unlockFailed", "packageUnavailable", "resourceLimitExceeded",
                                    "integrityFailure"};
   *out << names[static_cast<int>(error)];
 }
 
-namespace RecoveryTestPackages {
+}  // namespace galdrine::recovery
+
+namespace galdrine::testsupport::RecoveryTestPackages {
 
 using namespace BackupWriterTestSupport;
 
@@ -33,19 +36,16 @@ inline const Bytes kPassphrase = ByteText::bytes("lantern orchard 47 quietly dri
 // and `videos` videos of several chunks each, and nothing else.
 [[nodiscard]] inline writer::BackupLibrarySnapshot library(std::uint64_t seed, std::size_t photos, std::size_t videos = 0) {
   return BackupSampleLibrary::make({.seed = seed, .photoCount = photos, .livePhotoCount = 0, .videoCount = videos,
-                                              .folderCount = 0, .albumCount = 0, .tombstoneCount = 0});
+                                    .folderCount = 0, .albumCount = 0, .tombstoneCount = 0});
 }
 
-// createWithBothFactors makes a package that a passphrase and the recovery key both unlock.
+// createWithBothFactors makes a package that a passphrase and the recovery key both unlock. It
+// also serves fixtures' member initializers, where no assertion can stop the test: a failure
+// is thrown, and GoogleTest reports it as the failure of the one test that needed the package.
 [[nodiscard]] inline Writer createWithBothFactors(const fs::path& path) {
   auto writer = Writer::create(path, {ByteView(kPassphrase), ByteView(kRecoveryKey)}, settings());
-  if (!writer) {
-    ADD_FAILURE() << "create failed: " << writer.error().index();
-    std::abort();
-  }
+  if (!writer) throw std::runtime_error("creating a package with both factors failed");
   return std::move(*writer);
 }
 
-}  // namespace RecoveryTestPackages
-
-}  // namespace galdrine::testsupport
+}  // namespace galdrine::testsupport::RecoveryTestPackages
