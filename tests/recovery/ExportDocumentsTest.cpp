@@ -34,7 +34,8 @@ std::size_t occurrences(const std::string& text, const std::string& part) {
 
 // A library of three items: item 1 a live photo whose movie is missing, item 2 with a
 // non-ASCII name, recovered, and item 3 whose pack key did not unwrap; two folders, two albums,
-// two memberships and a tombstone.
+// two memberships and a tombstone. The records stand out of order, as a manifest may list them:
+// the documents list everything by identifier.
 struct ExportScene {
   ExportScene() {
     auto timeZoneZero = Records::itemFields(1, Records::identifiers({10, 11}));
@@ -53,13 +54,13 @@ struct ExportScene {
     album.name = "Sommer in K\xC3\xB6ln";
     using format::BackupAlbumFolderRecordV1, format::BackupAlbumRecordV1, format::BackupAlbumMembershipRecordV1;
     const std::vector<format::BackupManifestRecordV1> records = {
-        Records::made(format::BackupMediaItemRecordV1::make(timeZoneZero)),
-        Records::made(format::BackupMediaItemRecordV1::make(noTimeZone)), ExportTestRecords::item(3, "b.jpg", {30}),
+        ExportTestRecords::item(3, "b.jpg", {30}), Records::made(format::BackupMediaItemRecordV1::make(timeZoneZero)),
+        Records::made(format::BackupMediaItemRecordV1::make(noTimeZone)), ExportTestRecords::resource(30, 3),
         ExportTestRecords::resource(10, 1), Records::made(format::BackupMediaResourceRecordV1::make(movie)),
-        ExportTestRecords::resource(20, 2), ExportTestRecords::resource(30, 3),
+        ExportTestRecords::resource(20, 2), Records::made(BackupAlbumFolderRecordV1::make(folder)),
         Records::made(BackupAlbumFolderRecordV1::make(Records::folderFields(60, std::nullopt))),
-        Records::made(BackupAlbumFolderRecordV1::make(folder)), Records::made(BackupAlbumRecordV1::make(album)),
         Records::made(BackupAlbumRecordV1::make(Records::albumFields(71, std::nullopt, 1))),
+        Records::made(BackupAlbumRecordV1::make(album)),
         Records::made(BackupAlbumMembershipRecordV1::make(Records::membershipFields(71, 2))),
         Records::made(BackupAlbumMembershipRecordV1::make(Records::membershipFields(70, 1))),
         Records::made(format::BackupTombstoneRecordV1::make(Records::tombstoneFields(5, Records::identifiers({50, 51})))),
@@ -78,27 +79,23 @@ struct ExportScene {
   ResourceOutcomes outcomes;
 };
 
-TEST(ExportDocuments, MappingCarriesTheLibraryWithPlannedPathsAndItemStatus) {
+TEST(ExportDocuments, MappingCarriesTheSortedLibraryWithPlannedPathsAndItemStatus) {
   const ExportScene scene;
   const auto mapping = mappingDocument(scene.selected, scene.model, scene.plan, scene.outcomes);
   ASSERT_TRUE(mapping.has_value());
   EXPECT_EQ(mapping->schemaIdentifier, "com.galdrine.recovery.export-mapping.v1");
-  EXPECT_EQ(mapping->backupFormatIdentifier, "com.galdrine.backup.v1");
-  EXPECT_EQ(mapping->backupFormatVersion, 1u);
   EXPECT_EQ(mapping->selectedCommitIdentifier, hex(100));
   EXPECT_EQ(mapping->snapshotCreatedAtUTCMilliseconds, -1700000000000);
-  EXPECT_EQ(mapping->folderStrategy, "all-items-once-album-mapping");
   ASSERT_EQ(mapping->items.size(), 3u);
-  EXPECT_EQ(mapping->items[0].status, "partially-recovered");
-  EXPECT_EQ(mapping->items[1].status, "recovered");
-  EXPECT_EQ(mapping->items[2].status, "unavailable");
+  std::vector<std::string> statuses;
+  for (const auto& item : mapping->items) statuses.push_back(item.status);
+  EXPECT_EQ(statuses, (std::vector<std::string>{"partially-recovered", "recovered", "unavailable"}));
   EXPECT_EQ(mapping->items[0].kind, "live-photo");
+  EXPECT_EQ(mapping->folders[0].identifier, hex(60));
+  EXPECT_EQ(mapping->albums[0].identifier, hex(70));
   const auto& movie = mapping->items[0].resources[1];
-  EXPECT_EQ(movie.role, "paired-video");
-  EXPECT_EQ(movie.plannedRelativePath, "All Items/a-motion.mov");
-  EXPECT_FALSE(movie.recovered);
-  EXPECT_EQ(movie.recoveredSHA256, std::nullopt);
-  EXPECT_EQ(movie.durationSeconds, 2.5);
+  EXPECT_EQ(movie.plannedRelativePath, "All Items/a-motion.mov");  // a failed resource keeps its planned path
+  EXPECT_TRUE(!movie.recovered && !movie.recoveredSHA256);
   EXPECT_EQ(mapping->items[1].resources[0].recoveredSHA256, ByteText::lowerHex(Records::digest(20)));
   EXPECT_EQ(mapping->memberships[0].albumIdentifier, hex(70));
   EXPECT_EQ(mapping->tombstones[0].resourceIdentifiers, (std::vector<std::string>{hex(50), hex(51)}));
@@ -107,11 +104,8 @@ TEST(ExportDocuments, MappingCarriesTheLibraryWithPlannedPathsAndItemStatus) {
   ASSERT_TRUE(text.has_value());
   EXPECT_NE(text->find("\"plannedRelativePath\": \"All Items/a-current.jpg\""), std::string::npos);
   EXPECT_NE(text->find("\"name\": \"Sommer in K\xC3\xB6ln\""), std::string::npos);
-  EXPECT_NE(text->find("\"originalFilename\": \"\xC3\x84.jpg\""), std::string::npos);
   EXPECT_NE(text->find("\"durationSeconds\": 2.5"), std::string::npos);
   EXPECT_EQ(occurrences(*text, "\"displayTimeZoneSeconds\": 0,"), 1u);  // zero is written, absent is left out
-  EXPECT_EQ(occurrences(*text, "\"coverItemIdentifier\""), 1u);
-  EXPECT_EQ(occurrences(*text, "\"parentIdentifier\""), 1u);
   EXPECT_EQ(occurrences(*text, "\"recoveredSHA256\""), 2u);
   EXPECT_EQ(occurrences(*text, "null"), 0u);
   EXPECT_EQ(occurrences(*text, "\\/"), 0u);
@@ -179,7 +173,9 @@ TEST(ExportDocuments, WhatADocumentCannotSayIsAnIntegrityFailure) {
   EXPECT_EQ(documentText(report).error(), Error::integrityFailure);
 }
 
-TEST(ExportDocuments, ReadingNamesTheFirstProblem) {
+// Reading back passes over keys it does not know and names the first problem, down to a
+// failure row; the decoder's own cases are the platform suite's.
+TEST(ExportDocuments, ReadingIgnoresUnknownKeysAndNamesTheFirstProblem) {
   const std::string valid = R"({"schemaIdentifier": "s", "status": "completed", "selectedCommitIdentifier": "c",
     "selectedSnapshotIdentifier": "d", "totalItemCount": 1, "recoveredItemCount": 1, "totalResourceCount": 1,
     "recoveredResourceCount": 1, "failedResourceCount": 0, "failures": [], "unknown": {"ignored": true}})";
@@ -187,26 +183,13 @@ TEST(ExportDocuments, ReadingNamesTheFirstProblem) {
     std::string text = valid;
     return text.replace(text.find(from), from.size(), to);
   };
-  const struct {
-    std::string name;
-    std::string text;
-    platform::JSONDocumentError expected;
-  } cases[] = {
-      {"not JSON", "{\"status\": ", platform::JSONDocumentError::dataCorrupted},
-      {"not an object", "[]", platform::JSONDocumentError::typeMismatch},
-      {"missing key", replaced("\"status\"", "\"state\""), platform::JSONDocumentError::keyNotFound},
-      {"null value", replaced("\"completed\"", "null"), platform::JSONDocumentError::valueNotFound},
-      {"text for a number", replaced("\"totalItemCount\": 1", "\"totalItemCount\": \"1\""), platform::JSONDocumentError::typeMismatch},
-      {"fraction", replaced("\"totalItemCount\": 1", "\"totalItemCount\": 1.5"), platform::JSONDocumentError::dataCorrupted},
-      {"beyond 64 bits", replaced("\"totalItemCount\": 1", "\"totalItemCount\": 9223372036854775808"),
-       platform::JSONDocumentError::dataCorrupted},
-      {"failure row without reason", replaced("\"failures\": []", R"("failures": [{"itemIdentifier": "i", "resourceIdentifier": "r"}])"),
-       platform::JSONDocumentError::keyNotFound},
-  };
   ASSERT_TRUE(reportFromDocumentText(valid).has_value());
-  for (const auto& testCase : cases) {
-    EXPECT_EQ(reportFromDocumentText(testCase.text), std::unexpected(testCase.expected)) << testCase.name;
-  }
+  EXPECT_EQ(reportFromDocumentText(replaced("\"status\"", "\"state\"")).error(), platform::JSONDocumentError::keyNotFound);
+  EXPECT_EQ(reportFromDocumentText(replaced("\"totalItemCount\": 1", "\"totalItemCount\": \"1\"")).error(),
+            platform::JSONDocumentError::typeMismatch);
+  EXPECT_EQ(reportFromDocumentText(replaced("\"failures\": []", R"("failures": [{"itemIdentifier": "i", "resourceIdentifier": "r"}])"))
+                .error(),
+            platform::JSONDocumentError::keyNotFound);
 }
 
 }  // namespace

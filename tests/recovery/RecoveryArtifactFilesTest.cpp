@@ -41,10 +41,8 @@ TEST(RecoveryArtifactFilesTest, ListsCanonicalNamesAscendingAndRefusesAnyOther) 
       {{"000102030405060708090A0B0C0D0E0F.commit"}, "commit", Error::integrityFailure},  // upper-case digits
       {{kFirst + ".commit", kSecond + ".head"}, "commit", Error::integrityFailure},      // a head among commits
       {{kFirst + ".commit", "notes.txt"}, "commit", Error::integrityFailure},
-      {{".DS_Store"}, "commit", Error::integrityFailure},
       {{kFirst.substr(1) + ".commit"}, "commit", Error::integrityFailure},
       {{kFirst + "0.commit"}, "commit", Error::integrityFailure},
-      {{kFirst + "commit"}, "commit", Error::integrityFailure},
       {{kFirst + ".commit.partial"}, "commit", Error::integrityFailure},
       {{"g" + kFirst.substr(1) + ".commit"}, "commit", Error::integrityFailure},
       {{kFirst + ".snapshot"}, "snapshot", Error::integrityFailure},  // an extension of another kind
@@ -73,30 +71,19 @@ TEST(RecoveryArtifactFilesTest, TheListingBoundIsInclusiveAndOtherListingFaultsA
   EXPECT_EQ(errorOf(RecoveryArtifactFiles::artifactIdentifiers(directory / "link", "head", 3)), Error::packageUnavailable);
 }
 
-TEST(RecoveryArtifactFilesTest, ReadingMapsEachFaultToItsCase) {
+// The inspector's suite removes, cuts, lengthens and replaces metadata files; here are the
+// bound, a fifo, which must not block, and a file that exists but cannot be opened.
+TEST(RecoveryArtifactFilesTest, ReadingKeepsToItsBoundAndMapsEachFaultToItsCase) {
   testsupport::TemporaryDirectory directory;
   writeFile(directory / "eight", "12345678");
   writeFile(directory / "empty", "");
-  makeDirectory(directory / "directory");
-  makeSymbolicLink(directory / "eight", directory / "link");
-  makeSymbolicLink(directory / "nowhere", directory / "dangling");
   ASSERT_EQ(::mkfifo((directory / "fifo").c_str(), 0600), 0);
-  const struct {
-    std::string name;
-    std::int64_t maximumByteCount;
-    std::optional<Error> expected;
-  } cases[] = {
-      {"eight", 8, std::nullopt},          {"eight", 9, std::nullopt},          {"eight", 7, Error::integrityFailure},
-      {"eight", 0, Error::integrityFailure}, {"eight", -1, Error::integrityFailure}, {"empty", 8, Error::integrityFailure},
-      {"absent", 8, Error::integrityFailure}, {"link", 8, Error::integrityFailure}, {"dangling", 8, Error::integrityFailure},
-      {"directory", 8, Error::integrityFailure}, {"fifo", 8, Error::integrityFailure},
-  };
-  for (const auto& testCase : cases) {
-    const auto read = RecoveryArtifactFiles::readRegularFile(directory / testCase.name, testCase.maximumByteCount);
-    EXPECT_EQ(errorOf(read), testCase.expected) << testCase.name << " " << testCase.maximumByteCount;
-    EXPECT_EQ(read.value_or(ByteText::bytes("12345678")), ByteText::bytes("12345678"));
+  const std::pair<const char*, std::int64_t> refused[] = {{"eight", 7}, {"eight", 0}, {"eight", -1}, {"empty", 8}, {"fifo", 8}};
+  for (const auto& [name, maximumByteCount] : refused) {
+    EXPECT_EQ(errorOf(RecoveryArtifactFiles::readRegularFile(directory / name, maximumByteCount)), Error::integrityFailure)
+        << name << " " << maximumByteCount;
   }
-  // With no descriptor to be had, the file exists but cannot be read.
+  EXPECT_EQ(RecoveryArtifactFiles::readRegularFile(directory / "eight", 8), ByteText::bytes("12345678"));
   ExhaustedDescriptors exhausted;
   EXPECT_EQ(errorOf(RecoveryArtifactFiles::readRegularFile(directory / "eight", 8)), Error::packageUnavailable);
 }

@@ -13,7 +13,6 @@
 #include <vector>
 
 #include "recovery/export/ExportFileName.hpp"
-#include "recovery/export/ExportMapping.hpp"
 #include "recovery/export/ResourceRecovery.hpp"
 #include "support/ExportTestSupport.hpp"
 #include "support/RecoveryTestPackages.hpp"
@@ -60,15 +59,11 @@ TEST_F(ExporterPackageTest, ExportsEveryResourceByteForByteBesideBothDocuments) 
   ASSERT_TRUE(exported.has_value());
   expectEveryRecoveredFileIsItsResource(*exported, contentsByIdentifier(library));
   EXPECT_EQ(exported->allItemsNames.size(), first->resources.size());
-  EXPECT_TRUE(exported->report.status == "completed" && exported->report.failures.empty());
   EXPECT_EQ(exported->mapping.selectedCommitIdentifier, ByteText::lowerHex(first->commitIdentifier));
-  EXPECT_EQ(exported->mapping.tombstones.size(), library.tombstones.size());
-  EXPECT_EQ(exported->mapping.albums.size(), library.albums.size());
-  EXPECT_TRUE(exported->mappingText.ends_with('}') && exported->reportText.ends_with('}'));
-  EXPECT_EQ(permissionsOf(destination), 0700u);
-  EXPECT_EQ(permissionsOf(destination / "All Items"), 0700u);
-  EXPECT_EQ(permissionsOf(destination / "recovery-report.json"), 0600u);
-  EXPECT_EQ(permissionsOf(destination / exported->resources.begin()->second.plannedRelativePath), 0600u);
+  for (const char* name : {"", "All Items"}) EXPECT_EQ(permissionsOf(destination / name), 0700u) << name;
+  for (const std::string& name : {std::string("recovery-report.json"), "All Items/" + exported->allItemsNames.front()}) {
+    EXPECT_EQ(permissionsOf(destination / name), 0600u) << name;
+  }
 }
 
 // Every refusal comes before the next step is taken: a destination outside its standard form
@@ -133,8 +128,9 @@ TEST_F(ExporterPackageTest, AnEmptyPlanPublishesAnEmptyAllItemsAndNeverMeetsTheF
 }
 
 // A resource record whose digest is not that of its parts: every part opens, the file is
-// written whole, and only the final proof refuses it.
-TEST_F(ExporterPackageTest, APayloadThatFailsItsFinalDigestLeavesNoFileAndKeepsItsPlannedPath) {
+// written whole, and only the final proof refuses it. (The mapping keeps a failed resource's
+// planned path: the documents' suite.)
+TEST_F(ExporterPackageTest, APayloadThatFailsItsFinalDigestLeavesNoFile) {
   const auto written = writer_.writeCommit(library(6, 1, 1));
   ASSERT_TRUE(written.has_value());
   const auto session = restoreSessionWithRecoveryKey(packagePath(), kRecoveryKey, bytesOf(written->commitIdentifier));
@@ -158,16 +154,6 @@ TEST_F(ExporterPackageTest, APayloadThatFailsItsFinalDigestLeavesNoFileAndKeepsI
                                (*session)->availability());
   EXPECT_EQ(outcome, (ResourceOutcome{std::nullopt, {{std::nullopt, ResourceFailureReason::payloadIntegrityFailure}}}));
   EXPECT_TRUE(entryNames(root / "All Items").empty());
-
-  ResourceOutcomes outcomes{{original.identifier(), *outcome}};
-  for (const auto& other : plan) outcomes.try_emplace(other.resource->identifier(), ResourceOutcome{{}, {}});
-  const auto mapping = mappingDocument({}, (*session)->model(), plan, outcomes);
-  ASSERT_TRUE(mapping.has_value());
-  const auto row = std::ranges::find(mapping->items, ByteText::lowerHex(original.itemIdentifier()), &MappingV1::Item::identifier);
-  ASSERT_NE(row, mapping->items.end());
-  ASSERT_EQ(row->resources.size(), 1u);
-  EXPECT_EQ(row->resources.front().plannedRelativePath, video->relativePath);
-  EXPECT_FALSE(row->resources.front().recovered || row->resources.front().recoveredSHA256.has_value());
 }
 
 // Names that would climb out, name a device, hide a control character, collide after folding
@@ -204,8 +190,6 @@ TEST_F(ExporterPackageTest, HostileNamesBecomeSafeFlatNamesInsideAllItems) {
   std::set<std::string> folded;
   for (const std::string& name : exported->allItemsNames) {
     EXPECT_TRUE(name != "." && name != ".." && !name.contains('/') && !name.contains('\\') && name.size() <= 255) << name;
-    EXPECT_TRUE(std::ranges::none_of(name, [](char byte) { return static_cast<unsigned char>(byte) < 0x20 || byte == 0x7f; }))
-        << name;
     EXPECT_TRUE(folded.insert(comparisonKey(name).value_or("")).second) << name;
   }
   std::set<fs::path> added;

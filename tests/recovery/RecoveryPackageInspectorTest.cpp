@@ -64,9 +64,6 @@ class InspectorPackageTest : public testing::Test {
 TEST_F(InspectorPackageTest, EmptyPackagesAndCommitsWithoutHeadsPublishNoBranch) {
   const auto empty = inspect();
   ASSERT_TRUE(empty.has_value());
-  EXPECT_EQ(empty->formatIdentifier, format::BackupFormatV1::canonicalFormatIdentifier);
-  EXPECT_EQ(empty->formatVersion, 1u);
-  EXPECT_EQ(empty->unlockedFactor, Factor::recoveryKey);
   EXPECT_EQ(empty->branchDisposition, Disposition::noPublishedHead());
   EXPECT_TRUE(empty->preservedBranches.empty() && empty->authenticatedSnapshots.empty());
   EXPECT_EQ(empty->authenticatedCommitCount + empty->authenticatedHeadCount, 0);
@@ -77,8 +74,7 @@ TEST_F(InspectorPackageTest, EmptyPackagesAndCommitsWithoutHeadsPublishNoBranch)
   const auto headless = inspect();
   ASSERT_TRUE(headless.has_value());
   EXPECT_EQ(headless->branchDisposition, Disposition::noPublishedHead());
-  EXPECT_TRUE(headless->preservedBranches.empty());
-  EXPECT_EQ(headless->authenticatedHeadCount, 0);
+  EXPECT_TRUE(headless->preservedBranches.empty() && headless->authenticatedHeadCount == 0);
   ASSERT_EQ(headless->authenticatedSnapshots.size(), 1u);
   EXPECT_FALSE(headless->authenticatedSnapshots.front().isRetainedTip);
   EXPECT_EQ(headless->authenticatedSnapshots.front().payloadFileEvidence, allMatching(*written));
@@ -100,14 +96,8 @@ TEST_F(InspectorPackageTest, ASingleBranchIsWhatWasWritten) {
   EXPECT_EQ(inspection->packageIdentifier, writer_.package().header().packageIdentifier());
   EXPECT_EQ(inspection->libraryDomainIdentifier, bytesOf(writer_.libraryDomainIdentifier()));
   EXPECT_EQ(inspection->authenticatedCommitCount + inspection->authenticatedHeadCount, 2);
-  EXPECT_EQ(inspection->maximumWriterEpoch, commit.writerEpoch());
-
-  const auto reader = openEnvelopeReader(packagePath());
-  ASSERT_TRUE(reader.has_value());
-  const auto snapshot = authenticatedSnapshot(bytesOf(written->commitIdentifier), *reader, writer_.backupPackageMasterKey());
-  ASSERT_TRUE(snapshot.has_value());
-  EXPECT_EQ(*snapshot, (RecoveryAuthenticatedSnapshot{written->commit, written->snapshot, written->records}));
-  EXPECT_EQ(authenticatedSnapshot(Bytes(16, 0xEE), *reader, writer_.backupPackageMasterKey()).error(),
+  // The writer's suite reads a written snapshot's records back; a commit never written has none.
+  EXPECT_EQ(authenticatedSnapshot(Bytes(16, 0xEE), *openEnvelopeReader(packagePath()), writer_.backupPackageMasterKey()).error(),
             InspectorError::integrityFailure);
 }
 
@@ -189,7 +179,6 @@ TEST_F(InspectorPackageTest, AForkStaysUnresolvedUntilACommitHealsIt) {
   for (const auto& branch : inspection->preservedBranches) tips.insert(branch.tipCommitIdentifier);
   EXPECT_EQ(tips, (std::set{bytesOf(right->commitIdentifier), bytesOf(healed->commitIdentifier)}));
   EXPECT_EQ(inspection->maximumWriterEpoch, healed->commit.commit().writerEpoch());
-  EXPECT_GT(healed->commit.commit().writerEpoch(), left->commit.commit().writerEpoch());
   EXPECT_EQ(inspection->authenticatedCommitCount, 4);
 }
 
@@ -252,10 +241,8 @@ TEST(InspectorCredentialTest, EitherFactorUnlocksAndEveryOtherWayInIsRefused) {
   EXPECT_EQ(byPassphrase->unlockedFactor, Factor::backupPassphrase);
   EXPECT_EQ(byRecoveryKey->unlockedFactor, Factor::recoveryKey);
   EXPECT_EQ(byRecoveryKey->authenticatedSnapshots, byPassphrase->authenticatedSnapshots);
+  EXPECT_EQ(byRecoveryKey->formatIdentifier, format::BackupFormatV1::canonicalFormatIdentifier);
 
-  Bytes wrongPassphrase = kPassphrase;
-  wrongPassphrase.back() ^= 0x01;
-  EXPECT_EQ(inspectWithBackupPassphrase(path, wrongPassphrase).error(), InspectorError::unlockFailed);
   Bytes wrongKey = kRecoveryKey;
   wrongKey.front() ^= 0x01;
   EXPECT_EQ(inspectWithRecoveryKey(path, wrongKey).error(), InspectorError::unlockFailed);

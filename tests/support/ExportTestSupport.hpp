@@ -40,15 +40,12 @@ namespace fs = std::filesystem;
 }
 
 struct ExportedResource {
-  std::string plannedRelativePath;
   bool recovered = false;
   std::optional<Bytes> bytes;  // what stands at the planned path, if anything
 };
 
 // Exported is a published export as its documents describe it.
 struct Exported {
-  std::string mappingText;
-  std::string reportText;
   recovery::MappingV1 mapping;
   recovery::ReportV1 report;
   std::map<std::string, ExportedResource> resources;  // by lower-case hex identifier
@@ -58,26 +55,23 @@ struct Exported {
 // readExport reads the two documents of the export at `destination` and what stands at every
 // planned path; it fails the test and gives nothing when a document does not read back.
 [[nodiscard]] inline std::optional<Exported> readExport(const fs::path& destination) {
-  const auto textOf = [](const fs::path& file) {
-    const Bytes bytes = FileFixtures::readFile(file);
+  const auto textOf = [&](const char* name) {
+    const Bytes bytes = FileFixtures::readFile(destination / name);
     return std::string(bytes.begin(), bytes.end());
   };
-  Exported exported{textOf(destination / "library-mapping.json"), textOf(destination / "recovery-report.json"), {}, {}, {},
-                    entryNames(destination / "All Items")};
-  auto mapping = recovery::mappingFromDocumentText(exported.mappingText);
-  auto report = recovery::reportFromDocumentText(exported.reportText);
+  auto mapping = recovery::mappingFromDocumentText(textOf("library-mapping.json"));
+  auto report = recovery::reportFromDocumentText(textOf("recovery-report.json"));
   if (!mapping || !report) {
     ADD_FAILURE() << "the documents of " << destination << " do not read back";
     return std::nullopt;
   }
-  exported.mapping = std::move(*mapping);
-  exported.report = std::move(*report);
+  Exported exported{std::move(*mapping), std::move(*report), {}, entryNames(destination / "All Items")};
   for (const auto& item : exported.mapping.items) {
     for (const auto& resource : item.resources) {
       const fs::path file = destination / resource.plannedRelativePath;
       std::optional<Bytes> bytes;
       if (fs::is_regular_file(fs::symlink_status(file))) bytes = FileFixtures::readFile(file);
-      exported.resources[resource.identifier] = {resource.plannedRelativePath, resource.recovered, std::move(bytes)};
+      exported.resources[resource.identifier] = {resource.recovered, std::move(bytes)};
     }
   }
   return exported;
@@ -91,8 +85,7 @@ inline void expectEveryRecoveredFileIsItsResource(const Exported& exported, cons
   for (const auto& [identifier, resource] : exported.resources) {
     const auto expected = contents.find(identifier);
     ASSERT_NE(expected, contents.end()) << identifier;
-    EXPECT_EQ(resource.bytes, resource.recovered ? std::optional(expected->second) : std::nullopt)
-        << resource.plannedRelativePath;
+    EXPECT_EQ(resource.bytes, resource.recovered ? std::optional(expected->second) : std::nullopt) << identifier;
     recovered += resource.recovered ? 1 : 0;
   }
   EXPECT_EQ(exported.allItemsNames.size(), recovered);

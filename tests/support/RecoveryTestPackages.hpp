@@ -1,26 +1,11 @@
 #pragma once
-// Shared by the recovery engine's suites: a readable name for each inspector error, and small
-// libraries for the package writer, whose packages the suites read. Packages are made with the
-// recovery key alone unless a test needs the passphrase, since each passphrase envelope costs
-// an Argon2id run.
+// Shared by the recovery engine's suites: small libraries for the package writer, whose
+// packages the suites read. Packages are made with the recovery key alone unless a test needs
+// the passphrase, since each passphrase envelope costs an Argon2id run.
 
-#include <gtest/gtest.h>
-
-#include <ostream>
 #include <stdexcept>
 
-#include "recovery/inspection/RecoveryPackageInspectorError.hpp"
 #include "support/BackupWriterTestSupport.hpp"
-
-namespace galdrine::recovery {
-
-inline void PrintTo(RecoveryPackageInspectorError error, std::ostream* out) {
-  constexpr const char* names[] = {"invalidPackage", "unlockFailed", "packageUnavailable", "resourceLimitExceeded",
-                                   "integrityFailure"};
-  *out << names[static_cast<int>(error)];
-}
-
-}  // namespace galdrine::recovery
 
 namespace galdrine::testsupport::RecoveryTestPackages {
 
