@@ -33,7 +33,7 @@
 namespace {
 
 namespace fs = std::filesystem;
-namespace Exporter = galdrine::recovery::RecoveryExporter;
+namespace recovery = galdrine::recovery;
 
 // The recovery key InspectBenchmark writes its packages with.
 const galdrine::Bytes kRecoveryKey(32, 0x5A);
@@ -54,16 +54,16 @@ int printPhrase() {
 }
 
 // openEveryPart opens each part of the plan the way the export does, and drops the plaintext.
-[[nodiscard]] bool openEveryPart(const Exporter::RestoreSession& session) {
+[[nodiscard]] bool openEveryPart(const recovery::RestoreSession& session) {
   const auto& package = session.reader().package();
-  for (const Exporter::PlannedResource& planned : session.plan()) {
+  for (const recovery::PlannedResource& planned : session.plan()) {
     const auto record = session.model().payloadKeys.find(planned.resource->payloadKeyIdentifier());
     if (record == session.model().payloadKeys.end()) return false;
     auto key = galdrine::format::BackupManifestRecordCodecV1::unwrapPayloadKey(record->second, session.packageIdentifier(),
                                                                      session.libraryDomainIdentifier(), session.bpmk());
     if (!key) return false;
     for (const auto& part : planned.resource->parts()) {
-      auto plaintext = Exporter::openPayloadPart(part, *planned.resource, package, session.libraryDomainIdentifier(), *key);
+      auto plaintext = recovery::openPayloadPart(part, *planned.resource, package, session.libraryDomainIdentifier(), *key);
       if (!plaintext) return false;
       galdrine::platform::SecureMemory::wipe(*plaintext);
     }
@@ -73,19 +73,19 @@ int printPhrase() {
 }
 
 int measurePhases(const fs::path& packagePath, const fs::path& destinationPath) {
-  const auto inspection = galdrine::recovery::RecoveryPackageInspector::inspectWithRecoveryKey(packagePath, kRecoveryKey);
+  const auto inspection = galdrine::recovery::inspectWithRecoveryKey(packagePath, kRecoveryKey);
   if (!inspection || inspection->authenticatedSnapshots.empty()) return 1;
   const galdrine::Bytes& selected = inspection->authenticatedSnapshots.front().commitIdentifier;
 
   const galdrine::bench::Moment start = galdrine::bench::Moment::now();
-  const auto session = Exporter::restoreSessionWithRecoveryKey(packagePath, kRecoveryKey, selected);
+  const auto session = recovery::restoreSessionWithRecoveryKey(packagePath, kRecoveryKey, selected);
   if (!session) return 1;
   const galdrine::bench::Moment built = galdrine::bench::Moment::now();
-  const auto availability = Exporter::payloadAvailability((*session)->plan(), (*session)->reader().package());
+  const auto availability = recovery::payloadAvailability((*session)->plan(), (*session)->reader().package());
   const galdrine::bench::Moment examined = galdrine::bench::Moment::now();
   if (!openEveryPart(**session)) return 1;
   const galdrine::bench::Moment opened = galdrine::bench::Moment::now();
-  const auto result = Exporter::writeExport(destinationPath, **session, std::nullopt);
+  const auto result = recovery::writeExport(destinationPath, **session, std::nullopt);
   if (!result) return 1;
   const galdrine::bench::Moment written = galdrine::bench::Moment::now();
   std::printf("{%s, %s, %s, %s, \"resourceCount\": %lld}\n", phaseJSON("session", start, built).c_str(),

@@ -59,10 +59,10 @@ std::vector<format::BackupManifestRecordV1> library() {
 
 void planOfLivePhotos(benchmark::State& state) {
   const auto records = library();
-  const auto model = recovery::RecoveryExporter::exportModel(records);
+  const auto model = recovery::exportModel(records);
   if (!model) std::abort();
   for (auto _ : state) {
-    auto plan = recovery::RecoveryExporter::resourcePlan(*model);
+    auto plan = recovery::resourcePlan(*model);
     if (!plan) std::abort();
     benchmark::DoNotOptimize(plan);
   }
@@ -72,7 +72,7 @@ void planOfLivePhotos(benchmark::State& state) {
 void modelOfLivePhotos(benchmark::State& state) {
   const auto records = library();
   for (auto _ : state) {
-    auto model = recovery::RecoveryExporter::exportModel(records);
+    auto model = recovery::exportModel(records);
     if (!model) std::abort();
     benchmark::DoNotOptimize(model);
   }

@@ -112,7 +112,7 @@ int inspectPackage(const fs::path& packagePath, const fs::path& passphraseFile) 
   std::string passphrase = fileText(passphraseFile);
   galdrine::ScopeGuard wipePassphrase{[&] { galdrine::platform::SecureMemory::wipe(passphrase); }};
   const galdrine::bench::Moment start = galdrine::bench::Moment::now();
-  const auto reader = galdrine::recovery::RecoveryPackageInspector::openEnvelopeReader(packagePath);
+  const auto reader = galdrine::recovery::openEnvelopeReader(packagePath);
   if (!reader) return 1;
   auto bpmk = reader->openWithBackupPassphrase(galdrine::ByteText::view(passphrase));
   if (!bpmk) return 1;
@@ -133,7 +133,7 @@ int inspectPackage(const fs::path& packagePath, const fs::path& passphraseFile) 
       lastRead = galdrine::bench::Moment::now();
     }
   };
-  const auto inspection = galdrine::recovery::RecoveryPackageInspector::inspect(
+  const auto inspection = galdrine::recovery::inspect(
       *reader, *bpmk, galdrine::envelope::PortableKeyFactorV1::backupPassphrase, {}, observer);
   if (!inspection) return 1;
   const galdrine::bench::Moment finished = galdrine::bench::Moment::now();

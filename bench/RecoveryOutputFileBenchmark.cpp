@@ -85,7 +85,7 @@ void plainWriteAndSynchronize(benchmark::State& state) {
 void recoveryOutputFile(benchmark::State& state) {
   const fs::path file = fixture().directory / "output";
   for (auto _ : state) {
-    auto output = recovery::RecoveryExporter::RecoveryOutputFile::create(file);
+    auto output = recovery::RecoveryOutputFile::create(file);
     if (!output) std::abort();
     for (std::size_t index = 0; index < kPartCount; ++index) {
       if (!output->append(fixture().part)) std::abort();

@@ -54,8 +54,8 @@ std::expected<Bytes, UnlockFailure> Reader::unlock(Factor factor, ByteView crede
   if (!header) return std::unexpected(UnlockFailure(header.error()));
   const auto context =
       envelope::PortableKeyEnvelopeContextV1::make(std::move(*header), envelopeSet_.libraryDomainIdentifier(),
-                                                 metadata.artifactIdentifier(), metadata.keySlotIdentifier(),
-                                                 metadata.generation());
+                                                   metadata.artifactIdentifier(), metadata.keySlotIdentifier(),
+                                                   metadata.generation());
   if (!context) return std::unexpected(UnlockFailure(context.error()));
   auto key = factor == Factor::backupPassphrase
                  ? envelope::PortableKeyEnvelopeV1::openWithBackupPassphrase(entry->envelope(), credential, *context)

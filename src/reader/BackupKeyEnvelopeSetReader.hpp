@@ -7,8 +7,10 @@
 // The reader does not translate what fails beneath it; each failure is passed on as the layer
 // under it gave it, and translation belongs to the reader's callers.
 
+#include <cstdint>
 #include <expected>
 #include <filesystem>
+#include <optional>
 #include <variant>
 
 #include "format/header/BackupFormatHeaderV1.hpp"
@@ -16,11 +18,33 @@
 #include "platform/Bytes.hpp"
 #include "envelope/BackupKeyEnvelopeFileV1.hpp"
 #include "envelope/BackupKeyEnvelopeSetV1.hpp"
-#include "envelope/PortableKeyEnvelopeV1Error.hpp"
+#include "envelope/PortableKeyEnvelopeV1.hpp"
 #include "envelope/PortableKeyFactorV1.hpp"
-#include "reader/BackupKeyEnvelopeSetReaderError.hpp"
 
 namespace galdrine::reader {
+
+// BackupKeyEnvelopeSetReaderError is the reader's own refusal, apart from what the layers under
+// it report. Cases stand in contract order; only factorUnavailable carries a payload, the
+// factor that has no active envelope.
+struct BackupKeyEnvelopeSetReaderError {
+  enum class Code : std::uint8_t {
+    factorUnavailable,  // payload: the factor asked for
+    packageBindingMismatch,
+  };
+
+  Code code;
+  std::optional<envelope::PortableKeyFactorV1> factor = std::nullopt;  // only for factorUnavailable
+
+  static constexpr BackupKeyEnvelopeSetReaderError factorUnavailable(envelope::PortableKeyFactorV1 factor) {
+    return {Code::factorUnavailable, factor};
+  }
+  static constexpr BackupKeyEnvelopeSetReaderError packageBindingMismatch() {
+    return {Code::packageBindingMismatch};
+  }
+
+  friend constexpr bool operator==(const BackupKeyEnvelopeSetReaderError&,
+                                   const BackupKeyEnvelopeSetReaderError&) = default;
+};
 
 // Opening fails in the reader's own binding check, in the package's open, or in the envelope
 // file's read, each as it came.
@@ -68,7 +92,7 @@ class BackupKeyEnvelopeSetReader {
 
  private:
   BackupKeyEnvelopeSetReader(format::BackupPackageV1 package, envelope::BackupKeyEnvelopeSetV1 envelopeSet,
-                                       Bytes envelopeSetSHA256)
+                             Bytes envelopeSetSHA256)
       : package_(std::move(package)),
         envelopeSet_(std::move(envelopeSet)),
         envelopeSetSHA256_(std::move(envelopeSetSHA256)) {}

@@ -10,8 +10,8 @@ namespace galdrine::reader {
 namespace BackupPayloadReader {
 
 std::expected<Bytes, BackupPayloadReaderOpenFailure> open(ByteView frame, ByteView key,
-                                                                  const format::BackupAuthenticatedDataV1& authenticatedData,
-                                                                  std::int64_t maximumPlaintextByteCount) {
+                                                          const format::BackupAuthenticatedDataV1& authenticatedData,
+                                                          std::int64_t maximumPlaintextByteCount) {
   const auto encodedData = authenticatedData.encoded();
   if (!encodedData) return std::unexpected(BackupPayloadReaderOpenFailure(encodedData.error()));
   auto plaintext = format::AESGCMFrameV1::open(frame, key, *encodedData, maximumPlaintextByteCount);

@@ -10,7 +10,7 @@
 
 #include "format/header/BackupFormatHeaderV1.hpp"
 #include "platform/Bytes.hpp"
-#include "envelope/PortableKeyEnvelopeV1Error.hpp"
+#include "envelope/PortableKeyEnvelopeV1.hpp"
 
 namespace galdrine::reader {
 

@@ -2,12 +2,32 @@
 // PrototypeHeaderValidator judges the header of the earlier draft format, which only
 // fixtures still carry.
 
+#include <cstdint>
 #include <expected>
 
 #include "format/header/PrototypeFormatHeader.hpp"
-#include "reader/PrototypeHeaderValidationError.hpp"
 
 namespace galdrine::reader {
+
+// PrototypeHeaderValidationError is why a draft header was refused. Cases stand in contract
+// order; unsupportedVersion carries the version found.
+struct PrototypeHeaderValidationError {
+  enum class Code : std::uint8_t {
+    unsupportedVersion,  // payload: the version found
+    invalidMagic,
+  };
+
+  Code code;
+  std::int64_t version = 0;  // zero for invalidMagic
+
+  static constexpr PrototypeHeaderValidationError unsupportedVersion(std::int64_t version) {
+    return {Code::unsupportedVersion, version};
+  }
+  static constexpr PrototypeHeaderValidationError invalidMagic() { return {Code::invalidMagic}; }
+
+  friend constexpr bool operator==(const PrototypeHeaderValidationError&,
+                                   const PrototypeHeaderValidationError&) = default;
+};
 
 namespace PrototypeHeaderValidator {
 

@@ -6,10 +6,10 @@ namespace galdrine::recoverytool {
 
 namespace {
 
-std::string_view statusText(recovery::RecoveryExportStatusV1 status) {
+std::string_view statusText(recovery::RecoveryExportStatus status) {
   switch (status) {
-    case recovery::RecoveryExportStatusV1::completed: return "completed";
-    case recovery::RecoveryExportStatusV1::completedWithIssues: return "completed-with-issues";
+    case recovery::RecoveryExportStatus::completed: return "completed";
+    case recovery::RecoveryExportStatus::completedWithIssues: return "completed-with-issues";
   }
   std::unreachable();
 }

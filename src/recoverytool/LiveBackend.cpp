@@ -16,7 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using Factor = envelope::PortableKeyFactorV1;
-using EngineDisposition = recovery::RecoveryBranchDispositionV1;
+using EngineDisposition = recovery::RecoveryBranchDisposition;
 
 [[nodiscard]] RecoveryToolBranchDisposition toolDisposition(const EngineDisposition& disposition) {
   switch (disposition.code) {
@@ -101,8 +101,8 @@ std::expected<RecoveryToolInspection, RecoveryToolError> LiveBackend::inspect(co
                                                                               ByteView credential) {
   const auto call = [&](Factor usedFactor, ByteView secret) -> std::expected<RecoveryToolInspection, RecoveryToolError> {
     const auto inspection = usedFactor == Factor::backupPassphrase
-                                ? recovery::RecoveryPackageInspector::inspectWithBackupPassphrase(packagePath, secret)
-                                : recovery::RecoveryPackageInspector::inspectWithRecoveryKey(packagePath, secret);
+                                ? recovery::inspectWithBackupPassphrase(packagePath, secret)
+                                : recovery::inspectWithRecoveryKey(packagePath, secret);
     if (!inspection) return std::unexpected(mapInspectionError(inspection.error()));
     return toolInspection(*inspection);
   };
@@ -114,9 +114,9 @@ std::expected<recovery::RecoveryExportResult, RecoveryToolError> LiveBackend::ex
     const fs::path& destinationPath) {
   const auto call = [&](Factor usedFactor, ByteView secret) -> std::expected<recovery::RecoveryExportResult, RecoveryToolError> {
     auto result = usedFactor == Factor::backupPassphrase
-                      ? recovery::RecoveryExporter::exportWithBackupPassphrase(packagePath, secret, selectedCommitIdentifier,
+                      ? recovery::exportWithBackupPassphrase(packagePath, secret, selectedCommitIdentifier,
                                                                               destinationPath)
-                      : recovery::RecoveryExporter::exportWithRecoveryKey(packagePath, secret, selectedCommitIdentifier,
+                      : recovery::exportWithRecoveryKey(packagePath, secret, selectedCommitIdentifier,
                                                                          destinationPath);
     if (!result) return std::unexpected(mapExportError(result.error()));
     return std::move(*result);

@@ -1,6 +1,7 @@
 #pragma once
 // Records for export tests, built from small numbers as the manifest tests build theirs:
-// item(3, "a.jpg", {30}) is item 3 named "a.jpg" listing resource 30.
+// item(3, "a.jpg", {30}) is item 3 named "a.jpg" listing resource 30, and identifier(3) its
+// identifier.
 
 #include <initializer_list>
 #include <string_view>
@@ -13,6 +14,11 @@ namespace galdrine::recovery {
 namespace ExportTestRecords {
 
 namespace Records = testsupport::ManifestTestRecords;
+
+inline format::BackupIdentifierV1 identifier(std::uint64_t number) {
+  return *format::FixedBytes::identifier(Records::identifier(number));
+}
+inline platform::SHA256Digest digest(std::uint64_t number) { return *format::FixedBytes::digest(Records::digest(number)); }
 
 inline format::BackupMediaItemRecordV1 item(std::uint64_t number, std::string_view originalFilename,
                                            std::initializer_list<std::uint64_t> resources,

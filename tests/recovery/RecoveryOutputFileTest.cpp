@@ -1,13 +1,15 @@
+// The one way an export puts bytes on disk: never over anything, proven before it is durable,
+// and gone unless finished.
+
 #include "recovery/export/RecoveryOutputFile.hpp"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <filesystem>
-#include <functional>
-#include <random>
 #include <string>
 
+#include "support/ExportTestSupport.hpp"
 #include "support/FileFixtures.hpp"
 #include "support/OpenDescriptorCount.hpp"
 #include "support/TemporaryDirectory.hpp"
@@ -17,8 +19,9 @@ namespace galdrine::recovery {
 namespace {
 
 namespace fs = std::filesystem;
-using RecoveryExporter::RecoveryOutputFile;
-using Error = RecoveryExporterError;
+using namespace testsupport::FileFixtures;
+using Finished = std::expected<std::optional<platform::SHA256Digest>, RecoveryExporterError>;
+constexpr auto writeFailed = std::unexpected(RecoveryExporterError::outputWriteFailed);
 
 Bytes patterned(std::size_t byteCount, std::uint8_t seed) {
   Bytes bytes(byteCount);
@@ -32,195 +35,119 @@ RecoveryOutputFile created(const fs::path& path) {
   return std::move(*file);
 }
 
-struct OccupiedPathCase {
-  std::string name;
-  std::function<void(const testsupport::TemporaryDirectory&)> occupy;
-  std::function<void(const testsupport::TemporaryDirectory&)> expectUntouched;
-};
-
-TEST(RecoveryOutputFile, RefusesAnyPathWhereSomethingStandsAndLeavesItAlone) {
-  const OccupiedPathCase cases[] = {
-      {"regular file", [](const auto& d) { testsupport::FileFixtures::writeFile(d / "out", "theirs"); },
-       [](const auto& d) { EXPECT_EQ(testsupport::FileFixtures::readFile(d / "out"), ByteText::bytes("theirs")); }},
-      {"directory", [](const auto& d) { testsupport::FileFixtures::makeDirectory(d / "out"); },
-       [](const auto& d) { EXPECT_TRUE(fs::is_directory(fs::symlink_status(d / "out"))); }},
-      {"link to a file", [](const auto& d) {
-         testsupport::FileFixtures::writeFile(d / "target", "kept");
-         testsupport::FileFixtures::makeSymbolicLink(d / "target", d / "out");
-       },
-       [](const auto& d) {
-         EXPECT_TRUE(fs::is_symlink(d / "out"));
-         EXPECT_EQ(testsupport::FileFixtures::readFile(d / "target"), ByteText::bytes("kept"));
-       }},
-      {"dangling link", [](const auto& d) { testsupport::FileFixtures::makeSymbolicLink(d / "nowhere", d / "out"); },
-       [](const auto& d) {
-         EXPECT_TRUE(fs::is_symlink(d / "out"));
-         EXPECT_FALSE(fs::exists(d / "nowhere"));
-       }},
-  };
-  for (const auto& testCase : cases) {
-    SCOPED_TRACE(testCase.name);
-    const testsupport::TemporaryDirectory directory;
-    testCase.occupy(directory);
-    const auto file = RecoveryOutputFile::create(directory / "out");
-    ASSERT_FALSE(file.has_value());
-    EXPECT_EQ(file.error(), Error::outputWriteFailed);
-    testCase.expectUntouched(directory);
-  }
+TEST(RecoveryOutputFileTest, RefusesAnyPathWhereSomethingStandsAndLeavesItAlone) {
   const testsupport::TemporaryDirectory directory;
-  EXPECT_FALSE(RecoveryOutputFile::create(directory / "missing" / "out").has_value());
-}
-
-TEST(RecoveryOutputFile, FinishedFileHoldsEveryPieceAndItsDigestWithPrivatePermissions) {
-  // Pieces around the hashing slice of 1 MiB: empty, small, exactly one slice, and one byte past.
-  std::mt19937 random(7);
-  for (int round = 0; round < 4; ++round) {
-    const testsupport::TemporaryDirectory directory;
-    const std::size_t descriptorsBefore = testsupport::openDescriptorCount();
-    auto file = created(directory / "out");
-    Bytes all;
-    for (const std::size_t byteCount : {std::size_t{0}, std::size_t{1} + random() % 5000, std::size_t{1} << 20,
-                                        (std::size_t{1} << 20) + 1 + random() % 3}) {
-      const Bytes piece = patterned(byteCount, static_cast<std::uint8_t>(round));
-      ASSERT_TRUE(file.append(piece).has_value());
-      all.insert(all.end(), piece.begin(), piece.end());
-    }
-    const auto digest = platform::SHA256::digest(all);
-    const auto finished = file.finish(all.size(), digest);
-    ASSERT_TRUE(finished.has_value());
-    ASSERT_TRUE(finished->has_value());
-    EXPECT_EQ(**finished, digest);
-    EXPECT_TRUE(file.isCompleted());
-    EXPECT_EQ(testsupport::openDescriptorCount(), descriptorsBefore);
-    file.abort();  // after a finish, abort keeps the file
-    EXPECT_EQ(testsupport::FileFixtures::readFile(directory / "out"), all);
-    struct stat status{};
-    ASSERT_EQ(::lstat((directory / "out").c_str(), &status), 0);
-    EXPECT_EQ(status.st_mode & 0777, 0600u);
+  writeFile(directory / "file", "theirs");
+  makeDirectory(directory / "directory");
+  makeSymbolicLink(directory / "file", directory / "link");
+  makeSymbolicLink(directory / "nowhere", directory / "dangling");
+  for (const char* name : {"file", "directory", "link", "dangling", "missing/out"}) {
+    EXPECT_EQ(RecoveryOutputFile::create(directory / name).error(), RecoveryExporterError::outputWriteFailed) << name;
   }
+  EXPECT_EQ(readFile(directory / "file"), ByteText::bytes("theirs"));
+  EXPECT_TRUE(fs::is_directory(fs::symlink_status(directory / "directory")));
+  EXPECT_TRUE(fs::is_symlink(directory / "link") && fs::is_symlink(directory / "dangling"));
+  EXPECT_FALSE(fs::exists(directory / "nowhere"));
 }
 
-TEST(RecoveryOutputFile, EmptyFileFinishesWithTheDigestOfNothing) {
+// Pieces around the hashing slice of 1 MiB: empty, small, exactly one slice, and one byte past.
+TEST(RecoveryOutputFileTest, AFinishedFileHoldsEveryPieceAndItsDigestWithPrivatePermissions) {
   const testsupport::TemporaryDirectory directory;
-  {
-    auto file = created(directory / "empty");
-    const auto finished = file.finish(0, platform::SHA256::digest({}));
-    ASSERT_TRUE(finished.has_value());
-    EXPECT_TRUE(finished->has_value());
+  const std::size_t descriptorsBefore = testsupport::openDescriptorCount();
+  auto file = created(directory / "out");
+  Bytes all;
+  for (const std::size_t byteCount : {std::size_t{0}, std::size_t{4999}, std::size_t{1} << 20, (std::size_t{1} << 20) + 1}) {
+    const Bytes piece = patterned(byteCount, static_cast<std::uint8_t>(byteCount));
+    ASSERT_TRUE(file.append(piece));
+    all.insert(all.end(), piece.begin(), piece.end());
   }
-  EXPECT_TRUE(fs::exists(directory / "empty"));
-  EXPECT_EQ(fs::file_size(directory / "empty"), 0u);
+  const auto digest = platform::SHA256::digest(all);
+  EXPECT_EQ(file.finish(all.size(), digest), Finished(digest));
+  EXPECT_TRUE(file.isCompleted());
+  EXPECT_EQ(testsupport::openDescriptorCount(), descriptorsBefore);
+  file.abort();  // after a finish, abort keeps the file
+  EXPECT_EQ(readFile(directory / "out"), all);
+  struct stat status {};
+  ASSERT_EQ(::lstat((directory / "out").c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0600u);
+  EXPECT_EQ(created(directory / "empty").finish(0, platform::SHA256::digest({})), Finished(platform::SHA256::digest({})));
 }
 
-TEST(RecoveryOutputFile, MismatchGivesNothingAndLeavesNoFile) {
+// A count or digest other than the one expected is a result, not a failure: nothing is given,
+// the file is gone, and it takes nothing more. A proven digest replaces the hashing of the one
+// append it came with and is compared the same way.
+TEST(RecoveryOutputFileTest, AMismatchAtFinishGivesNothingAndLeavesNoFile) {
   const Bytes bytes = patterned(1000, 3);
   const auto digest = platform::SHA256::digest(bytes);
-  Bytes otherDigest(digest.begin(), digest.end());
+  auto otherDigest = digest;
   otherDigest[31] ^= 1;
-  struct Case {
-    std::string name;
+  const struct {
+    const char* name;
+    bool proven;
     std::uint64_t byteCount;
     Bytes digest;
-  };
-  const Case cases[] = {{"count", 999, Bytes(digest.begin(), digest.end())},
-                        {"digest", 1000, otherDigest},
-                        {"digest length", 1000, Bytes(digest.begin(), digest.begin() + 31)}};
+  } cases[] = {{"count", false, 999, Bytes(digest.begin(), digest.end())},
+               {"digest", false, 1000, Bytes(otherDigest.begin(), otherDigest.end())},
+               {"digest length", false, 1000, Bytes(digest.begin(), digest.begin() + 31)},
+               {"proven count", true, 999, Bytes(digest.begin(), digest.end())},
+               {"proven digest", true, 1000, Bytes(otherDigest.begin(), otherDigest.end())}};
   for (const auto& testCase : cases) {
     SCOPED_TRACE(testCase.name);
     const testsupport::TemporaryDirectory directory;
     auto file = created(directory / "out");
-    ASSERT_TRUE(file.append(bytes).has_value());
-    const auto finished = file.finish(testCase.byteCount, testCase.digest);
-    ASSERT_TRUE(finished.has_value());
-    EXPECT_FALSE(finished->has_value());
+    ASSERT_TRUE(testCase.proven ? file.appendProven(bytes, digest) : file.append(bytes));
+    EXPECT_EQ(file.finish(testCase.byteCount, testCase.digest), Finished(std::nullopt));
     EXPECT_FALSE(fs::exists(fs::symlink_status(directory / "out")));
-    // The file is gone for good: nothing more can be written or finished.
-    EXPECT_EQ(file.append(bytes).error(), Error::outputWriteFailed);
-    EXPECT_EQ(file.finish(1000, digest).error(), Error::outputWriteFailed);
+    EXPECT_EQ(file.append(bytes), writeFailed);
+    EXPECT_EQ(file.finish(1000, digest), writeFailed);
   }
-}
-
-TEST(RecoveryOutputFile, AnUnfinishedFileRemovesItselfButNeverWhatTookItsName) {
   const testsupport::TemporaryDirectory directory;
-  {
-    auto file = created(directory / "released");
-    ASSERT_TRUE(file.append(patterned(10, 1)).has_value());
-  }
-  EXPECT_FALSE(fs::exists(directory / "released"));
-
-  {
-    auto file = created(directory / "aborted");
-    file.abort();
-    EXPECT_FALSE(fs::exists(directory / "aborted"));
-    EXPECT_EQ(file.finish(0, platform::SHA256::digest({})).error(), Error::outputWriteFailed);
-  }
-
-  {
-    auto file = created(directory / "replaced");
-    fs::remove(directory / "replaced");
-    testsupport::FileFixtures::writeFile(directory / "replaced", "someone else's");
-  }
-  EXPECT_EQ(testsupport::FileFixtures::readFile(directory / "replaced"), ByteText::bytes("someone else's"));
-
-  {
-    auto first = created(directory / "moved");
-    RecoveryOutputFile second = std::move(first);
-    { RecoveryOutputFile dropped = std::move(first); }  // owns nothing, removes nothing
-    EXPECT_TRUE(fs::exists(directory / "moved"));
-  }
-  EXPECT_FALSE(fs::exists(directory / "moved"));
+  auto proven = created(directory / "proven");
+  ASSERT_TRUE(proven.appendProven(bytes, digest));
+  EXPECT_EQ(proven.finish(1000, digest), Finished(digest));
+  EXPECT_EQ(readFile(directory / "proven"), bytes);
 }
 
-TEST(RecoveryOutputFile, FailedWriteAbortsTheFile) {
-  const testsupport::TemporaryDirectory directory;
-  auto file = created(directory / "out");
-  {
-    const testsupport::FileFixtures::LimitedFileSize limit(100);
-    const auto appended = file.append(patterned(101, 5));
-    ASSERT_FALSE(appended.has_value());
-    EXPECT_EQ(appended.error(), Error::outputWriteFailed);
-  }
-  EXPECT_FALSE(fs::exists(directory / "out"));
-  EXPECT_EQ(file.finish(0, platform::SHA256::digest({})).error(), Error::outputWriteFailed);
-}
-
-// A proven digest replaces the hashing of the one append it came with, and nothing else: the
-// finish still compares it, and the file takes no other bytes.
-TEST(RecoveryOutputFile, AProvenDigestIsComparedAtFinishAndAllowsNoOtherBytes) {
+// A proven append must be the file's whole content: none after bytes, nothing after it.
+TEST(RecoveryOutputFileTest, AProvenAppendAllowsNoOtherBytes) {
   const Bytes bytes = patterned(3000, 9);
   const auto digest = platform::SHA256::digest(bytes);
-  auto otherDigest = digest;
-  otherDigest[0] ^= 1;
+  const testsupport::TemporaryDirectory directory;
+  for (const auto& [provenFirst, provenSecond] : {std::pair{true, false}, {true, true}, {false, true}}) {
+    auto file = created(directory / "out");
+    ASSERT_TRUE(provenFirst ? file.appendProven(bytes, digest) : file.append(bytes));
+    EXPECT_EQ(provenSecond ? file.appendProven(bytes, digest) : file.append(bytes), writeFailed);
+    EXPECT_FALSE(fs::exists(directory / "out"));
+  }
+}
+
+TEST(RecoveryOutputFileTest, AnUnfinishedFileRemovesItselfButNeverWhatTookItsName) {
   const testsupport::TemporaryDirectory directory;
   {
-    auto file = created(directory / "proven");
-    ASSERT_TRUE(file.appendProven(bytes, digest).has_value());
-    const auto finished = file.finish(3000, digest);
-    ASSERT_TRUE(finished.has_value());
-    EXPECT_EQ(*finished, digest);
+    auto released = created(directory / "released");
+    ASSERT_TRUE(released.append(patterned(10, 1)));
+    auto aborted = created(directory / "aborted");
+    aborted.abort();
+    EXPECT_FALSE(fs::exists(directory / "aborted"));
+    EXPECT_EQ(aborted.finish(0, platform::SHA256::digest({})), writeFailed);
+    auto replaced = created(directory / "replaced");
+    fs::remove(directory / "replaced");
+    writeFile(directory / "replaced", "someone else's");
+    auto moved = created(directory / "moved");
+    RecoveryOutputFile kept = std::move(moved);
+    { RecoveryOutputFile dropped = std::move(moved); }  // owns nothing, removes nothing
+    EXPECT_TRUE(fs::exists(directory / "moved"));
   }
-  EXPECT_EQ(testsupport::FileFixtures::readFile(directory / "proven"), bytes);
+  EXPECT_EQ(testsupport::ExportTestSupport::entryNames(directory.path()), std::vector<std::string>{"replaced"});
+  EXPECT_EQ(readFile(directory / "replaced"), ByteText::bytes("someone else's"));
 
-  auto mismatched = created(directory / "mismatched");
-  ASSERT_TRUE(mismatched.appendProven(bytes, otherDigest).has_value());
-  const auto refused = mismatched.finish(3000, digest);
-  ASSERT_TRUE(refused.has_value());
-  EXPECT_FALSE(refused->has_value());
-  EXPECT_FALSE(fs::exists(directory / "mismatched"));
-
-  const std::function<bool(RecoveryOutputFile&)> secondAppends[] = {
-      [&](RecoveryOutputFile& file) { return file.append(bytes).has_value(); },
-      [&](RecoveryOutputFile& file) { return file.appendProven(bytes, digest).has_value(); }};
-  for (const auto& secondAppend : secondAppends) {
-    auto file = created(directory / "twice");
-    ASSERT_TRUE(file.appendProven(bytes, digest).has_value());
-    EXPECT_FALSE(secondAppend(file));
-    EXPECT_FALSE(fs::exists(directory / "twice"));
+  auto file = created(directory / "out");
+  {
+    const LimitedFileSize limit(100);
+    EXPECT_EQ(file.append(patterned(101, 5)), writeFailed);
   }
-  auto afterBytes = created(directory / "late");
-  ASSERT_TRUE(afterBytes.append(bytes).has_value());
-  EXPECT_EQ(afterBytes.appendProven(bytes, digest).error(), Error::outputWriteFailed);
-  EXPECT_FALSE(fs::exists(directory / "late"));
+  EXPECT_FALSE(fs::exists(directory / "out"));
+  EXPECT_EQ(file.finish(0, platform::SHA256::digest({})), writeFailed);
 }
 
 }  // namespace

@@ -29,7 +29,6 @@ namespace galdrine::recoverytool {
 
 namespace {
 
-namespace Exporter = recovery::RecoveryExporter;
 using namespace testsupport::RecoveryTestPackages;
 using namespace testsupport::ExportTestSupport;
 using Factor = envelope::PortableKeyFactorV1;
@@ -76,8 +75,8 @@ class ExportTamperSweepTest : public testing::Test {
     ScopeGuard restore{[&] { flip(file, offset); }};
     const Bytes selected = bytesOf(written_->commitIdentifier);
     return factor == Factor::recoveryKey
-               ? Exporter::exportWithRecoveryKey(packagePath(), kRecoveryKey, selected, directory_ / "Recovered")
-               : Exporter::exportWithBackupPassphrase(packagePath(), kPassphrase, selected, directory_ / "Recovered");
+               ? recovery::exportWithRecoveryKey(packagePath(), kRecoveryKey, selected, directory_ / "Recovered")
+               : recovery::exportWithBackupPassphrase(packagePath(), kPassphrase, selected, directory_ / "Recovered");
   }
 
   void expectRefused(const fs::path& file, std::size_t offset, Factor factor = Factor::recoveryKey) const {
@@ -129,7 +128,7 @@ TEST_F(ExportTamperSweepTest, DamagedMediaCompleteWithIssuesHoldingOnlyProvedFil
     for (const std::size_t offset : offsetsIn(0, payload.fileByteCount, 6, seed++)) {
       const auto result = exportFlipped(payload.path, offset, Factor::recoveryKey);
       ASSERT_TRUE(result.has_value()) << payload.path.filename() << " at " << offset;
-      EXPECT_EQ(result->status, recovery::RecoveryExportStatusV1::completedWithIssues) << payload.path << " at " << offset;
+      EXPECT_EQ(result->status, recovery::RecoveryExportStatus::completedWithIssues) << payload.path << " at " << offset;
       EXPECT_GE(result->failedResourceCount, 1);
       const auto exported = readExport(directory_ / "Recovered");
       ASSERT_TRUE(exported.has_value());

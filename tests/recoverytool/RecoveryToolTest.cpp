@@ -152,7 +152,7 @@ TEST(RecoveryTool, ExportUnlocksTwiceWithTheSelectedCommitAndPrintsItsDocument) 
   DriverRun run;
   run.backend.inspection = inspectionOf({Bytes(16, 0x22), firstCommit});
   run.backend.exportResult = recovery::RecoveryExportResult{
-      "/out/new", firstCommit, Bytes(16, 0x33), recovery::RecoveryExportStatusV1::completedWithIssues, 5, 4, 7, 6, 1};
+      "/out/new", firstCommit, Bytes(16, 0x33), recovery::RecoveryExportStatus::completedWithIssues, 5, 4, 7, 6, 1};
   const RecoveryToolExecution execution = run.execute(exportArguments(firstCode));
   EXPECT_EQ(run.reader.request, std::tuple(Factor::backupPassphrase, Input::hiddenTerminal, std::int64_t{16384}));
   EXPECT_EQ(run.backend.calls.size(), 2u);

@@ -93,7 +93,7 @@ inline const Bytes kRecoveryKey = [] {
 // manifest by its validator), and every required payload file hashed. A refusal fails the
 // running test and gives nothing.
 [[nodiscard]] inline std::optional<recovery::RecoveryPackageInspection> inspected(const Writer& writer) {
-  auto inspection = recovery::RecoveryPackageInspector::inspectWithRecoveryKey(writer.package().packagePath(), kRecoveryKey);
+  auto inspection = recovery::inspectWithRecoveryKey(writer.package().packagePath(), kRecoveryKey);
   if (!inspection) ADD_FAILURE() << "inspection refused: " << static_cast<int>(inspection.error());
   return inspection ? std::optional(std::move(*inspection)) : std::nullopt;
 }

@@ -11,14 +11,12 @@
 #include <string>
 #include <vector>
 
-#include "writer/BackupLibrarySnapshot.hpp"
 #include "recovery/export/ExportDocumentText.hpp"
-#include "support/FileFixtures.hpp"
 #include "support/BackupWriterTestSupport.hpp"
+#include "support/FileFixtures.hpp"
+#include "writer/BackupLibrarySnapshot.hpp"
 
-namespace galdrine::testsupport {
-
-namespace ExportTestSupport {
+namespace galdrine::testsupport::ExportTestSupport {
 
 namespace fs = std::filesystem;
 
@@ -32,11 +30,6 @@ namespace fs = std::filesystem;
   return names;
 }
 
-[[nodiscard]] inline std::string textOf(const fs::path& file) {
-  const Bytes bytes = FileFixtures::readFile(file);
-  return std::string(bytes.begin(), bytes.end());
-}
-
 // contentsByIdentifier gives each resource of `library` its bytes, keyed by lower-case hex.
 [[nodiscard]] inline std::map<std::string, Bytes> contentsByIdentifier(const writer::BackupLibrarySnapshot& library) {
   std::map<std::string, Bytes> contents;
@@ -47,17 +40,14 @@ namespace fs = std::filesystem;
 }
 
 struct ExportedResource {
-  std::string plannedRelativePath;
   bool recovered = false;
   std::optional<Bytes> bytes;  // what stands at the planned path, if anything
 };
 
 // Exported is a published export as its documents describe it.
 struct Exported {
-  std::string mappingText;
-  std::string reportText;
-  recovery::RecoveryExporter::MappingV1 mapping;
-  recovery::RecoveryExporter::ReportV1 report;
+  recovery::MappingV1 mapping;
+  recovery::ReportV1 report;
   std::map<std::string, ExportedResource> resources;  // by lower-case hex identifier
   std::vector<std::string> allItemsNames;
 };
@@ -65,26 +55,25 @@ struct Exported {
 // readExport reads the two documents of the export at `destination` and what stands at every
 // planned path; it fails the test and gives nothing when a document does not read back.
 [[nodiscard]] inline std::optional<Exported> readExport(const fs::path& destination) {
-  Exported exported;
-  exported.mappingText = textOf(destination / "library-mapping.json");
-  exported.reportText = textOf(destination / "recovery-report.json");
-  auto mapping = recovery::RecoveryExporter::mappingFromDocumentText(exported.mappingText);
-  auto report = recovery::RecoveryExporter::reportFromDocumentText(exported.reportText);
+  const auto textOf = [&](const char* name) {
+    const Bytes bytes = FileFixtures::readFile(destination / name);
+    return std::string(bytes.begin(), bytes.end());
+  };
+  auto mapping = recovery::mappingFromDocumentText(textOf("library-mapping.json"));
+  auto report = recovery::reportFromDocumentText(textOf("recovery-report.json"));
   if (!mapping || !report) {
     ADD_FAILURE() << "the documents of " << destination << " do not read back";
     return std::nullopt;
   }
-  exported.mapping = std::move(*mapping);
-  exported.report = std::move(*report);
+  Exported exported{std::move(*mapping), std::move(*report), {}, entryNames(destination / "All Items")};
   for (const auto& item : exported.mapping.items) {
     for (const auto& resource : item.resources) {
       const fs::path file = destination / resource.plannedRelativePath;
       std::optional<Bytes> bytes;
       if (fs::is_regular_file(fs::symlink_status(file))) bytes = FileFixtures::readFile(file);
-      exported.resources[resource.identifier] = {resource.plannedRelativePath, resource.recovered, std::move(bytes)};
+      exported.resources[resource.identifier] = {resource.recovered, std::move(bytes)};
     }
   }
-  exported.allItemsNames = entryNames(destination / "All Items");
   return exported;
 }
 
@@ -94,18 +83,12 @@ struct Exported {
 inline void expectEveryRecoveredFileIsItsResource(const Exported& exported, const std::map<std::string, Bytes>& contents) {
   std::size_t recovered = 0;
   for (const auto& [identifier, resource] : exported.resources) {
-    if (resource.recovered) {
-      ++recovered;
-      const auto expected = contents.find(identifier);
-      ASSERT_NE(expected, contents.end()) << identifier;
-      EXPECT_EQ(resource.bytes, expected->second) << resource.plannedRelativePath;
-    } else {
-      EXPECT_FALSE(resource.bytes.has_value()) << resource.plannedRelativePath;
-    }
+    const auto expected = contents.find(identifier);
+    ASSERT_NE(expected, contents.end()) << identifier;
+    EXPECT_EQ(resource.bytes, resource.recovered ? std::optional(expected->second) : std::nullopt) << identifier;
+    recovered += resource.recovered ? 1 : 0;
   }
   EXPECT_EQ(exported.allItemsNames.size(), recovered);
 }
 
-}  // namespace ExportTestSupport
-
-}  // namespace galdrine::testsupport
+}  // namespace galdrine::testsupport::ExportTestSupport

@@ -1,25 +1,13 @@
 #pragma once
-// Shared by the recovery engine's suites: a readable name for each inspector error, and small
-// libraries for the package writer, whose packages the suites read. Packages are made with the
-// recovery key alone unless a test needs the passphrase, since each passphrase envelope costs
-// an Argon2id run.
+// Shared by the recovery engine's suites: small libraries for the package writer, whose
+// packages the suites read. Packages are made with the recovery key alone unless a test needs
+// the passphrase, since each passphrase envelope costs an Argon2id run.
 
-#include <gtest/gtest.h>
+#include <stdexcept>
 
-#include <ostream>
-
-#include "recovery/inspection/RecoveryPackageInspectorError.hpp"
 #include "support/BackupWriterTestSupport.hpp"
 
-namespace galdrine::testsupport {
-
-inline void PrintTo(recovery::RecoveryPackageInspectorError error, std::ostream* out) {
-  constexpr const char* names[] = {"invalidPackage", "unlockFailed", "packageUnavailable", "resourceLimitExceeded",
-                                   "integrityFailure"};
-  *out << names[static_cast<int>(error)];
-}
-
-namespace RecoveryTestPackages {
+namespace galdrine::testsupport::RecoveryTestPackages {
 
 using namespace BackupWriterTestSupport;
 
@@ -33,19 +21,16 @@ inline const Bytes kPassphrase = ByteText::bytes("lantern orchard 47 quietly dri
 // and `videos` videos of several chunks each, and nothing else.
 [[nodiscard]] inline writer::BackupLibrarySnapshot library(std::uint64_t seed, std::size_t photos, std::size_t videos = 0) {
   return BackupSampleLibrary::make({.seed = seed, .photoCount = photos, .livePhotoCount = 0, .videoCount = videos,
-                                              .folderCount = 0, .albumCount = 0, .tombstoneCount = 0});
+                                    .folderCount = 0, .albumCount = 0, .tombstoneCount = 0});
 }
 
-// createWithBothFactors makes a package that a passphrase and the recovery key both unlock.
+// createWithBothFactors makes a package that a passphrase and the recovery key both unlock. It
+// also serves fixtures' member initializers, where no assertion can stop the test: a failure
+// is thrown, and GoogleTest reports it as the failure of the one test that needed the package.
 [[nodiscard]] inline Writer createWithBothFactors(const fs::path& path) {
   auto writer = Writer::create(path, {ByteView(kPassphrase), ByteView(kRecoveryKey)}, settings());
-  if (!writer) {
-    ADD_FAILURE() << "create failed: " << writer.error().index();
-    std::abort();
-  }
+  if (!writer) throw std::runtime_error("creating a package with both factors failed");
   return std::move(*writer);
 }
 
-}  // namespace RecoveryTestPackages
-
-}  // namespace galdrine::testsupport
+}  // namespace galdrine::testsupport::RecoveryTestPackages

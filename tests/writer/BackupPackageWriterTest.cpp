@@ -88,10 +88,9 @@ TEST(BackupPackageWriter, TheRecoveryEngineReadsBackWhatWasWritten) {
   EXPECT_EQ(preflight.encryptedPayloadByteCount, written->summary.encryptedPayloadByteCount);
   EXPECT_EQ(preflight.payloadFileEvidence.requiredFileCount, std::ssize(written->payloadFiles));
   EXPECT_EQ(preflight.payloadFileEvidence.matchingFileCount, std::ssize(written->payloadFiles));
-  const auto envelopes = recovery::RecoveryPackageInspector::openEnvelopeReader(writer.package().packagePath());
+  const auto envelopes = recovery::openEnvelopeReader(writer.package().packagePath());
   ASSERT_TRUE(envelopes);
-  const auto snapshot = recovery::RecoveryPackageInspector::authenticatedSnapshot(written->commitIdentifier, *envelopes,
-                                                                                 writer.backupPackageMasterKey());
+  const auto snapshot = recovery::authenticatedSnapshot(written->commitIdentifier, *envelopes, writer.backupPackageMasterKey());
   ASSERT_TRUE(snapshot);
   EXPECT_EQ(snapshot->records, written->records);
 

@@ -10,10 +10,10 @@
 #include <nlohmann/json.hpp>
 
 #include "platform/JSONText.hpp"
+#include "platform/SHA256.hpp"
+#include "recovery/export/RecoveryOutputFile.hpp"
 
 namespace galdrine::recovery {
-
-namespace RecoveryExporter {
 
 namespace {
 
@@ -420,6 +420,22 @@ std::expected<Document, platform::JSONDocumentError> decoded(std::string_view te
   return document;
 }
 
+[[nodiscard]] std::expected<void, Error> writeText(const std::string& text, const std::filesystem::path& path) {
+  const ByteView bytes(reinterpret_cast<const std::uint8_t*>(text.data()), text.size());
+  auto output = RecoveryOutputFile::create(path);
+  if (!output || !output->append(bytes)) return std::unexpected(Error::outputWriteFailed);
+  const auto finished = output->finish(bytes.size(), platform::SHA256::digest(bytes));
+  if (!finished || !*finished) return std::unexpected(Error::outputWriteFailed);
+  return {};
+}
+
+template <typename Document>
+[[nodiscard]] std::expected<void, Error> writeDocument(const Document& document, const std::filesystem::path& path) {
+  const auto text = documentText(document);
+  if (!text) return std::unexpected(text.error());
+  return writeText(*text, path);
+}
+
 }  // namespace
 
 std::expected<std::string, Error> documentText(const MappingV1& document) {
@@ -429,6 +445,14 @@ std::expected<std::string, Error> documentText(const MappingV1& document) {
 
 std::expected<std::string, Error> documentText(const ReportV1& document) { return encoded(toJSON(document)); }
 
+std::expected<void, Error> writeJSON(const MappingV1& document, const std::filesystem::path& path) {
+  return writeDocument(document, path);
+}
+
+std::expected<void, Error> writeJSON(const ReportV1& document, const std::filesystem::path& path) {
+  return writeDocument(document, path);
+}
+
 std::expected<MappingV1, platform::JSONDocumentError> mappingFromDocumentText(std::string_view text) {
   return decoded(text, &readMapping);
 }
@@ -436,7 +460,5 @@ std::expected<MappingV1, platform::JSONDocumentError> mappingFromDocumentText(st
 std::expected<ReportV1, platform::JSONDocumentError> reportFromDocumentText(std::string_view text) {
   return decoded(text, &readReport);
 }
-
-}  // namespace RecoveryExporter
 
 }  // namespace galdrine::recovery

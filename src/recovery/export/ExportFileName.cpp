@@ -13,8 +13,6 @@
 
 namespace galdrine::recovery {
 
-namespace RecoveryExporter {
-
 namespace {
 
 using Error = RecoveryExporterError;
@@ -75,7 +73,7 @@ constexpr std::string_view fallbackExtension = "bin";
 // tags ignoring case (compared in full case folding); otherwise it is the type's preferred
 // extension, or "bin" when the type does not resolve or has none.
 [[nodiscard]] std::expected<std::string, Error> chosenExtension(std::string_view originalExtension,
-                                                               std::string_view uniformTypeIdentifier) {
+                                                                std::string_view uniformTypeIdentifier) {
   const auto type = platform::UniformType::fromIdentifier(uniformTypeIdentifier);
   if (!type) return std::string(fallbackExtension);
   if (!originalExtension.empty()) {
@@ -170,7 +168,5 @@ std::expected<std::string, Error> collisionSafeName(const std::string& name, std
   }
   return std::unexpected(Error::resourceLimitExceeded);
 }
-
-}  // namespace RecoveryExporter
 
 }  // namespace galdrine::recovery

@@ -23,8 +23,6 @@
 
 namespace galdrine::recovery {
 
-namespace RecoveryExporter {
-
 // maximumStemUTF8ByteCount caps a stem, role word included, so that stem, a collision suffix
 // and an extension of 16 characters stay within the 255 bytes of one name on common file
 // systems.
@@ -53,7 +51,7 @@ using NextSuffixByName = std::map<std::string, std::uint64_t, std::less<>>;
 // `text` that fits `maximumUTF8ByteCount` bytes; it may be shorter than the limit, or empty if
 // the first character alone is longer. Text that is not UTF-8 is integrityFailure.
 [[nodiscard]] std::expected<std::string, RecoveryExporterError> truncated(std::string_view text,
-                                                                                   std::size_t maximumUTF8ByteCount);
+                                                                          std::size_t maximumUTF8ByteCount);
 
 // comparisonKey is the form in which two names are the same name: Normalization Form C, then
 // folded ignoring case and accents, so that "Résumé.JPG" and "resume.jpg" have one key.
@@ -66,7 +64,5 @@ using NextSuffixByName = std::map<std::string, std::uint64_t, std::less<>>;
 // failure is integrityFailure. A suffix may take a stem past 180 bytes: it is not cut again.
 [[nodiscard]] std::expected<std::string, RecoveryExporterError> collisionSafeName(
     const std::string& name, std::uint64_t maximumAttempts, UsedNames& usedNames, NextSuffixByName& nextSuffixByName);
-
-}  // namespace RecoveryExporter
 
 }  // namespace galdrine::recovery

@@ -8,12 +8,9 @@
 
 #include "format/header/BackupFormatV1.hpp"
 #include "platform/RawValue.hpp"
-#include "recovery/export/RecoveryExportStatusV1.hpp"
-#include "recovery/export/ResourceFailureReason.hpp"
+#include "recovery/export/RecoveryExportResult.hpp"
 
 namespace galdrine::recovery {
-
-namespace RecoveryExporter {
 
 namespace {
 
@@ -141,7 +138,7 @@ using PlanIndex = std::unordered_map<format::BackupIdentifierV1, const PlannedRe
 
 // isItemRecovered: every resource the item lists has an outcome, and a recovered one.
 [[nodiscard]] std::expected<bool, Error> isItemRecovered(const format::BackupMediaItemRecordV1& item,
-                                                        const ResourceOutcomes& outcomes) {
+                                                         const ResourceOutcomes& outcomes) {
   bool recovered = true;
   for (const format::BackupIdentifierV1& identifier : item.resourceIdentifiers()) {
     const ResourceOutcome* outcome = outcomeOf(outcomes, identifier);
@@ -158,8 +155,8 @@ using PlanIndex = std::unordered_map<format::BackupIdentifierV1, const PlannedRe
 
 }  // namespace
 
-std::expected<MappingV1, Error> mapping(const ExportSelection& selected, const ExportModel& model,
-                                        std::span<const PlannedResource> plan, const ResourceOutcomes& outcomes) {
+std::expected<MappingV1, Error> mappingDocument(const ExportSelection& selected, const ExportModel& model,
+                                                std::span<const PlannedResource> plan, const ResourceOutcomes& outcomes) {
   const PlanIndex planIndex = indexed(plan);
   MappingV1 document{std::string(MappingV1::currentSchemaIdentifier),
                      std::string(format::BackupFormatV1::canonicalFormatIdentifier),
@@ -185,8 +182,8 @@ std::expected<MappingV1, Error> mapping(const ExportSelection& selected, const E
   return document;
 }
 
-std::expected<ReportV1, Error> report(const ExportSelection& selected, const ExportModel& model,
-                                      std::span<const PlannedResource> plan, const ResourceOutcomes& outcomes) {
+std::expected<ReportV1, Error> reportDocument(const ExportSelection& selected, const ExportModel& model,
+                                              std::span<const PlannedResource> plan, const ResourceOutcomes& outcomes) {
   ReportV1 document{std::string(ReportV1::currentSchemaIdentifier), {}, hex(selected.commitIdentifier),
                     hex(selected.snapshotIdentifier), 0, 0, 0, 0, 0, {}};
   for (const PlannedResource& planned : plan) {
@@ -203,12 +200,10 @@ std::expected<ReportV1, Error> report(const ExportSelection& selected, const Exp
   document.totalItemCount = static_cast<std::int64_t>(model.items.size());
   document.totalResourceCount = static_cast<std::int64_t>(plan.size());
   document.failedResourceCount = document.totalResourceCount - document.recoveredResourceCount;
-  const auto status = document.failures.empty() ? RecoveryExportStatusV1::completed
-                                                : RecoveryExportStatusV1::completedWithIssues;
+  const auto status =
+      document.failures.empty() ? RecoveryExportStatus::completed : RecoveryExportStatus::completedWithIssues;
   document.status = std::string(rawValue(status));
   return document;
 }
-
-}  // namespace RecoveryExporter
 
 }  // namespace galdrine::recovery

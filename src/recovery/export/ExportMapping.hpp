@@ -9,15 +9,13 @@
 
 #include "format/graph/BackupIdentifierV1.hpp"
 #include "recovery/export/ExportModel.hpp"
-#include "recovery/export/RecoveryExporterError.hpp"
 #include "recovery/export/MappingV1.hpp"
-#include "recovery/export/PlannedResource.hpp"
+#include "recovery/export/RecoveryExporterError.hpp"
 #include "recovery/export/ReportV1.hpp"
 #include "recovery/export/ResourceOutcome.hpp"
+#include "recovery/export/ResourcePlan.hpp"
 
 namespace galdrine::recovery {
-
-namespace RecoveryExporter {
 
 // ExportSelection is what the documents say of the snapshot that was exported: the selected
 // commit, its snapshot, and the snapshot's creation time, all from authenticated records.
@@ -27,24 +25,22 @@ struct ExportSelection {
   std::int64_t snapshotCreatedAtUTCMilliseconds = 0;
 };
 
-// mapping converts the model's folders, albums, memberships and tombstones field by field, and
+// mappingDocument converts the model's folders, albums, memberships and tombstones field by field, and
 // gives each item its resources in the order the item lists them, each with its planned path
 // and its outcome, and the item's status. A listed resource without a planned resource or
 // without an outcome is integrityFailure, and no document is given.
-[[nodiscard]] std::expected<MappingV1, RecoveryExporterError> mapping(const ExportSelection& selected,
-                                                                               const ExportModel& model,
-                                                                               std::span<const PlannedResource> plan,
-                                                                               const ResourceOutcomes& outcomes);
+[[nodiscard]] std::expected<MappingV1, RecoveryExporterError> mappingDocument(const ExportSelection& selected,
+                                                                              const ExportModel& model,
+                                                                              std::span<const PlannedResource> plan,
+                                                                              const ResourceOutcomes& outcomes);
 
-// report counts the items and resources recovered and lists one failure row for each issue,
+// reportDocument counts the items and resources recovered and lists one failure row for each issue,
 // in plan order and, within a resource, in the order of its issues. The status is "completed"
 // exactly when there is no failure row. A planned resource or listed resource without an
 // outcome is integrityFailure.
-[[nodiscard]] std::expected<ReportV1, RecoveryExporterError> report(const ExportSelection& selected,
-                                                                             const ExportModel& model,
-                                                                             std::span<const PlannedResource> plan,
-                                                                             const ResourceOutcomes& outcomes);
-
-}  // namespace RecoveryExporter
+[[nodiscard]] std::expected<ReportV1, RecoveryExporterError> reportDocument(const ExportSelection& selected,
+                                                                            const ExportModel& model,
+                                                                            std::span<const PlannedResource> plan,
+                                                                            const ResourceOutcomes& outcomes);
 
 }  // namespace galdrine::recovery

@@ -5,8 +5,6 @@
 
 namespace galdrine::recovery {
 
-namespace RecoveryExporter {
-
 namespace {
 
 // KeyFiller collects the payload keys; it gives false for an identifier the model holds
@@ -49,32 +47,18 @@ void sortLists(ExportModel& model) {
 
 }  // namespace
 
-std::expected<void, RecoveryExporterError> requireRecordCountWithinLimit(std::size_t recordCount,
-                                                                                   std::size_t maximumRecordCount) {
-  if (recordCount > maximumRecordCount) return std::unexpected(RecoveryExporterError::resourceLimitExceeded);
-  return {};
-}
-
-std::expected<ExportModel, RecoveryExporterError> exportModel(std::span<const format::BackupManifestRecordV1> records) {
-  return exportModel(records, ExportModel::maximumRecordCount);
-}
-
 std::expected<ExportModel, RecoveryExporterError> exportModel(std::span<const format::BackupManifestRecordV1> records,
-                                                                        std::size_t maximumRecordCount) {
+                                                              std::size_t maximumRecordCount) {
   ExportModel model;
   const KeyFiller keys{model};
   for (const format::BackupManifestRecordV1& record : records) {
     if (!std::visit(keys, record.variant())) return std::unexpected(RecoveryExporterError::integrityFailure);
   }
-  if (auto counted = requireRecordCountWithinLimit(records.size(), maximumRecordCount); !counted) {
-    return std::unexpected(counted.error());
-  }
+  if (records.size() > maximumRecordCount) return std::unexpected(RecoveryExporterError::resourceLimitExceeded);
   const ListFiller lists{model};
   for (const format::BackupManifestRecordV1& record : records) std::visit(lists, record.variant());
   sortLists(model);
   return model;
 }
-
-}  // namespace RecoveryExporter
 
 }  // namespace galdrine::recovery

@@ -16,8 +16,6 @@
 
 namespace galdrine::recovery {
 
-namespace RecoveryExporter {
-
 struct ExportModel {
   // maximumRecordCount bounds the records of one export; more fail with resourceLimitExceeded.
   static constexpr std::size_t maximumRecordCount = 2'000'000;
@@ -32,21 +30,12 @@ struct ExportModel {
   std::vector<format::BackupTombstoneRecordV1> tombstones;
 };
 
-// requireRecordCountWithinLimit: `recordCount` records pass when they are at most
-// `maximumRecordCount` (resourceLimitExceeded above).
-[[nodiscard]] std::expected<void, RecoveryExporterError> requireRecordCountWithinLimit(
-    std::size_t recordCount, std::size_t maximumRecordCount = ExportModel::maximumRecordCount);
-
 // exportModel copies each record into the field of its kind and sorts the lists. A payload key
 // identifier that comes twice is integrityFailure; then more than `maximumRecordCount` records
 // are resourceLimitExceeded, found before any other record is copied. On failure no model is
-// given. Exports use the form with ExportModel::maximumRecordCount; the other serves tests of
-// the order of the two checks without millions of records.
+// given. Exports keep the default limit.
 [[nodiscard]] std::expected<ExportModel, RecoveryExporterError> exportModel(
-    std::span<const format::BackupManifestRecordV1> records);
-[[nodiscard]] std::expected<ExportModel, RecoveryExporterError> exportModel(
-    std::span<const format::BackupManifestRecordV1> records, std::size_t maximumRecordCount);
-
-}  // namespace RecoveryExporter
+    std::span<const format::BackupManifestRecordV1> records,
+    std::size_t maximumRecordCount = ExportModel::maximumRecordCount);
 
 }  // namespace galdrine::recovery

@@ -3,15 +3,13 @@
 #include <utility>
 
 #include "format/package/DirectorySynchronization.hpp"
-#include "recovery/export/ExportDocumentFile.hpp"
+#include "recovery/export/ExportDocumentText.hpp"
 #include "recovery/export/ExportMapping.hpp"
-#include "recovery/export/ExportStaging.hpp"
 #include "recovery/export/ResourcePlan.hpp"
 #include "recovery/export/ResourceRecovery.hpp"
+#include "recovery/export/StagingDirectory.hpp"
 
 namespace galdrine::recovery {
-
-namespace RecoveryExporter {
 
 namespace {
 
@@ -66,8 +64,7 @@ constexpr std::string_view reportFileName = "recovery-report.json";
   result.outputPath = destinationPath;
   result.selectedCommitIdentifier.assign(selection.commitIdentifier.begin(), selection.commitIdentifier.end());
   result.selectedSnapshotIdentifier.assign(selection.snapshotIdentifier.begin(), selection.snapshotIdentifier.end());
-  result.status = report.failures.empty() ? RecoveryExportStatusV1::completed
-                                          : RecoveryExportStatusV1::completedWithIssues;
+  result.status = report.failures.empty() ? RecoveryExportStatus::completed : RecoveryExportStatus::completedWithIssues;
   result.totalItemCount = report.totalItemCount;
   result.recoveredItemCount = report.recoveredItemCount;
   result.totalResourceCount = report.totalResourceCount;
@@ -79,13 +76,13 @@ constexpr std::string_view reportFileName = "recovery-report.json";
 // writeDocuments builds and writes the mapping, then the report, and gives the report.
 [[nodiscard]] std::expected<ReportV1, Error> writeDocuments(const RestoreSession& session, const ExportSelection& selection,
                                                             const ResourceOutcomes& outcomes, const fs::path& root) {
-  const auto mappingDocument = mapping(selection, session.model(), session.plan(), outcomes);
-  if (!mappingDocument) return std::unexpected(mappingDocument.error());
-  auto reportDocument = report(selection, session.model(), session.plan(), outcomes);
-  if (!reportDocument) return std::unexpected(reportDocument.error());
-  if (auto written = writeJSON(*mappingDocument, root / mappingFileName); !written) return std::unexpected(written.error());
-  if (auto written = writeJSON(*reportDocument, root / reportFileName); !written) return std::unexpected(written.error());
-  return std::move(*reportDocument);
+  const auto mapping = mappingDocument(selection, session.model(), session.plan(), outcomes);
+  if (!mapping) return std::unexpected(mapping.error());
+  auto report = reportDocument(selection, session.model(), session.plan(), outcomes);
+  if (!report) return std::unexpected(report.error());
+  if (auto written = writeJSON(*mapping, root / mappingFileName); !written) return std::unexpected(written.error());
+  if (auto written = writeJSON(*report, root / reportFileName); !written) return std::unexpected(written.error());
+  return std::move(*report);
 }
 
 }  // namespace
@@ -112,7 +109,5 @@ std::expected<Result, Error> writeExport(const fs::path& destinationPath, const 
   if (auto published = staging->publish(destinationPath); !published) return std::unexpected(published.error());
   return resultOf(destinationPath, *selection, *reportDocument);
 }
-
-}  // namespace RecoveryExporter
 
 }  // namespace galdrine::recovery

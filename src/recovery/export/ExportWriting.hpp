@@ -4,18 +4,26 @@
 // with one rename. Its promise: the destination either does not come into being, or holds a
 // complete export with "All Items", "library-mapping.json" and "recovery-report.json".
 
+#include <cstdint>
 #include <expected>
 #include <filesystem>
 #include <optional>
 
-#include "recovery/export/RecoveryExportFaultPoint.hpp"
 #include "recovery/export/RecoveryExportResult.hpp"
 #include "recovery/export/RecoveryExporterError.hpp"
 #include "recovery/export/RestoreSession.hpp"
 
 namespace galdrine::recovery {
 
-namespace RecoveryExporter {
+// RecoveryExportFaultPoint names the points at which a test makes an export fail on purpose,
+// to observe what the export leaves behind. Only a caller's argument triggers one; an export
+// without a fault point never stops at any of them.
+enum class RecoveryExportFaultPoint : std::uint8_t {
+  afterStagingCreated,        // the hidden staging directory exists, nothing is in it
+  afterFirstResourceAttempt,  // the first planned resource has been attempted
+  beforeMetadata,             // every resource is attempted, no document is written
+  beforePublication,          // the staging directory is complete and synchronised
+};
 
 // writeExport, in this order: the staging directory beside `destinationPath` (StagingDirectory);
 // "All Items" in it; the availability of the plan's payload files examined afresh, since they
@@ -32,7 +40,5 @@ namespace RecoveryExporter {
 [[nodiscard]] std::expected<RecoveryExportResult, RecoveryExporterError> writeExport(
     const std::filesystem::path& destinationPath, const RestoreSession& session,
     std::optional<RecoveryExportFaultPoint> faultPoint);
-
-}  // namespace RecoveryExporter
 
 }  // namespace galdrine::recovery

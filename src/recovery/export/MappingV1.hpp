@@ -16,8 +16,6 @@
 
 namespace galdrine::recovery {
 
-namespace RecoveryExporter {
-
 struct MappingV1 {
   static constexpr std::string_view currentSchemaIdentifier = "com.galdrine.recovery.export-mapping.v1";
   static constexpr std::string_view allItemsFolderStrategy = "all-items-once-album-mapping";
@@ -110,7 +108,5 @@ struct MappingV1 {
 
   friend bool operator==(const MappingV1&, const MappingV1&) = default;
 };
-
-}  // namespace RecoveryExporter
 
 }  // namespace galdrine::recovery

@@ -7,14 +7,18 @@
 
 namespace galdrine::recovery {
 
-namespace RecoveryExporter {
-
 namespace {
 
 namespace fs = std::filesystem;
 using Error = RecoveryExporterError;
 using Result = RecoveryExportResult;
 using Factor = envelope::PortableKeyFactorV1;
+
+// isStandardDestination: `destinationPath` is absolute and already in its standard form.
+[[nodiscard]] bool isStandardDestination(const fs::path& destinationPath) {
+  return destinationPath.is_absolute() &&
+         platform::FilePath::standardized(destinationPath).native() == destinationPath.native();
+}
 
 [[nodiscard]] std::expected<Result, Error> exportWith(const fs::path& packagePath, const ExportCredential& credential,
                                                       ByteView selectedCommitIdentifier, const fs::path& destinationPath,
@@ -26,10 +30,6 @@ using Factor = envelope::PortableKeyFactorV1;
 }
 
 }  // namespace
-
-bool isStandardDestination(const fs::path& destinationPath) {
-  return destinationPath.is_absolute() && platform::FilePath::standardized(destinationPath).native() == destinationPath.native();
-}
 
 std::expected<Result, Error> exportWithBackupPassphrase(const fs::path& packagePath, ByteView passphrase,
                                                         ByteView selectedCommitIdentifier, const fs::path& destinationPath) {
@@ -53,12 +53,9 @@ std::expected<std::shared_ptr<const RestoreSession>, Error> restoreSessionWithBa
   return RestoreSession::restoreSession(packagePath, {Factor::backupPassphrase, passphrase}, selectedCommitIdentifier);
 }
 
-std::expected<std::shared_ptr<const RestoreSession>, Error> restoreSessionWithRecoveryKey(const fs::path& packagePath,
-                                                                                           ByteView recoveryKey,
-                                                                                           ByteView selectedCommitIdentifier) {
+std::expected<std::shared_ptr<const RestoreSession>, Error> restoreSessionWithRecoveryKey(
+    const fs::path& packagePath, ByteView recoveryKey, ByteView selectedCommitIdentifier) {
   return RestoreSession::restoreSession(packagePath, {Factor::recoveryKey, recoveryKey}, selectedCommitIdentifier);
 }
-
-}  // namespace RecoveryExporter
 
 }  // namespace galdrine::recovery

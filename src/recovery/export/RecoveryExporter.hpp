@@ -1,6 +1,6 @@
 #pragma once
-// RecoveryExporter turns one authenticated snapshot of a package into plain files in
-// a new directory: every media resource flat under "All Items", beside "library-mapping.json"
+// The exporter turns one authenticated snapshot of a package into plain files in a new
+// directory: every media resource flat under "All Items", beside "library-mapping.json"
 // and "recovery-report.json". A payload that is missing or damaged only marks its resource,
 // and the export still completes, with the status completedWithIssues; damaged metadata, an
 // unusable destination or a failed write ends it, and nothing is published.
@@ -14,23 +14,18 @@
 #include <memory>
 
 #include "platform/Bytes.hpp"
-#include "recovery/export/RecoveryExportFaultPoint.hpp"
+#include "recovery/export/ExportWriting.hpp"
 #include "recovery/export/RecoveryExportResult.hpp"
 #include "recovery/export/RecoveryExporterError.hpp"
 #include "recovery/export/RestoreSession.hpp"
 
 namespace galdrine::recovery {
 
-namespace RecoveryExporter {
-
-// isStandardDestination: `destinationPath` is absolute and already in its standard form, text
-// for text: no "." or ".." segment, no empty segment, no trailing separator.
-[[nodiscard]] bool isStandardDestination(const std::filesystem::path& destinationPath);
-
 // exportWithBackupPassphrase and exportWithRecoveryKey export the snapshot of the commit
 // `selectedCommitIdentifier` to `destinationPath`, which must not exist yet, in this order: a
-// destination that is not in standard form is destinationUnavailable, before the credential
-// is used (a path with dot segments is refused, not resolved); the session is built
+// destination that is not absolute and in standard form, text for text (no "." or ".."
+// segment, no empty segment, no trailing separator), is destinationUnavailable before the
+// credential is used (a path with dot segments is refused, not resolved); the session is built
 // (RestoreSession::restoreSession); the export is written and published (writeExport); the
 // session is released, which wipes the key.
 [[nodiscard]] std::expected<RecoveryExportResult, RecoveryExporterError> exportWithBackupPassphrase(
@@ -54,7 +49,5 @@ restoreSessionWithBackupPassphrase(const std::filesystem::path& packagePath, Byt
 [[nodiscard]] std::expected<std::shared_ptr<const RestoreSession>, RecoveryExporterError>
 restoreSessionWithRecoveryKey(const std::filesystem::path& packagePath, ByteView recoveryKey,
                               ByteView selectedCommitIdentifier);
-
-}  // namespace RecoveryExporter
 
 }  // namespace galdrine::recovery

@@ -12,8 +12,6 @@
 
 namespace galdrine::recovery {
 
-namespace RecoveryExporter {
-
 namespace {
 
 using Error = RecoveryExporterError;
@@ -107,7 +105,7 @@ std::expected<void, Error> RecoveryOutputFile::writeAndHash(ByteView data) {
 }
 
 std::expected<std::optional<platform::SHA256Digest>, Error> RecoveryOutputFile::finish(std::uint64_t expectedByteCount,
-                                                                                    ByteView expectedSHA256) {
+                                                                                       ByteView expectedSHA256) {
   if (!descriptor_.isOpen()) return writeFailed();
   // Every way out of here closes the file for good, so the hash state is finalised only once.
   const platform::SHA256Digest digest = provenSHA256_ ? *provenSHA256_ : hasher_.finalize();
@@ -149,7 +147,5 @@ void RecoveryOutputFile::removeIfStillOurs() const noexcept {
   if (!S_ISREG(status.st_mode) || status.st_dev != device_ || status.st_ino != inode_) return;
   ::unlink(path_.c_str());
 }
-
-}  // namespace RecoveryExporter
 
 }  // namespace galdrine::recovery

@@ -21,8 +21,6 @@
 
 namespace galdrine::recovery {
 
-namespace RecoveryExporter {
-
 class RecoveryOutputFile {
  public:
   // create makes the file at `path` with permissions 0600, never following a symbolic link and
@@ -49,7 +47,7 @@ class RecoveryOutputFile {
   // hashed a second time, and finish compares that digest. A file that is not empty, or any
   // append after this one, fails with outputWriteFailed and aborts the file.
   [[nodiscard]] std::expected<void, RecoveryExporterError> appendProven(ByteView data,
-                                                                                  const platform::SHA256Digest& sha256);
+                                                                        const platform::SHA256Digest& sha256);
 
   // finish compares the bytes written with `expectedByteCount` and `expectedSHA256`. If either
   // differs, the file is aborted and nothing is given: that is a result, not a failure. If both
@@ -85,7 +83,5 @@ class RecoveryOutputFile {
   bool completed_ = false;
   bool owned_ = true;  // false once moved from: nothing of the file is this object's any more
 };
-
-}  // namespace RecoveryExporter
 
 }  // namespace galdrine::recovery

@@ -10,8 +10,6 @@
 
 namespace galdrine::recovery {
 
-namespace RecoveryExporter {
-
 struct ReportV1 {
   static constexpr std::string_view currentSchemaIdentifier = "com.galdrine.recovery.export-report.v1";
 
@@ -37,7 +35,5 @@ struct ReportV1 {
 
   friend bool operator==(const ReportV1&, const ReportV1&) = default;
 };
-
-}  // namespace RecoveryExporter
 
 }  // namespace galdrine::recovery

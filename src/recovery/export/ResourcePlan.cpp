@@ -7,8 +7,6 @@
 
 namespace galdrine::recovery {
 
-namespace RecoveryExporter {
-
 namespace {
 
 using Error = RecoveryExporterError;
@@ -47,7 +45,5 @@ std::expected<std::vector<PlannedResource>, Error> resourcePlan(const ExportMode
   if (plan.size() != model.resources.size()) return std::unexpected(Error::integrityFailure);
   return plan;
 }
-
-}  // namespace RecoveryExporter
 
 }  // namespace galdrine::recovery

@@ -12,8 +12,6 @@
 
 namespace galdrine::recovery {
 
-namespace RecoveryExporter {
-
 namespace {
 
 using Error = RecoveryExporterError;
@@ -112,7 +110,7 @@ using Container = format::BackupPayloadContainerKindV1;
 
 std::expected<Bytes, Error> openPayloadPart(const Part& part, const Resource& resource, const format::BackupPackageV1& package,
                                             ByteView libraryDomainIdentifier, ByteView payloadKey) {
-  const auto path = payloadPath(part, package);
+  const auto path = payloadFilePath(package, part.artifactIdentifier(), part.container());
   if (!path) return failure(Error::integrityFailure);
   const ByteView packageIdentifier = package.header().packageIdentifier();
   if (part.container() == Container::chunk) {
@@ -147,7 +145,5 @@ std::expected<ResourceOutcome, Error> recover(const PlannedResource& planned, co
   if (!*digest) return withIssue(std::nullopt, Reason::payloadIntegrityFailure);
   return ResourceOutcome{**digest, {}};
 }
-
-}  // namespace RecoveryExporter
 
 }  // namespace galdrine::recovery

@@ -13,19 +13,17 @@
 #include <filesystem>
 #include <unordered_map>
 
-#include "format/package/BackupPackageV1.hpp"
 #include "format/manifest/BackupMediaResourceRecordV1.hpp"
 #include "format/manifest/BackupPayloadPartRecordV1.hpp"
+#include "format/package/BackupPackageV1.hpp"
 #include "platform/Bytes.hpp"
 #include "recovery/export/ExportModel.hpp"
+#include "recovery/export/PayloadAvailability.hpp"
 #include "recovery/export/RecoveryExporterError.hpp"
-#include "recovery/inspection/PayloadAvailabilityCheck.hpp"
-#include "recovery/export/PlannedResource.hpp"
 #include "recovery/export/ResourceOutcome.hpp"
+#include "recovery/export/ResourcePlan.hpp"
 
 namespace galdrine::recovery {
-
-namespace RecoveryExporter {
 
 using PayloadKeyMap = decltype(ExportModel::payloadKeys);
 
@@ -53,7 +51,5 @@ using PayloadKeyMap = decltype(ExportModel::payloadKeys);
 [[nodiscard]] std::expected<Bytes, RecoveryExporterError> openPayloadPart(
     const format::BackupPayloadPartRecordV1& part, const format::BackupMediaResourceRecordV1& resource,
     const format::BackupPackageV1& package, ByteView libraryDomainIdentifier, ByteView payloadKey);
-
-}  // namespace RecoveryExporter
 
 }  // namespace galdrine::recovery

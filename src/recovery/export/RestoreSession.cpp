@@ -5,18 +5,13 @@
 
 #include "platform/SecureMemory.hpp"
 #include "platform/ScopeGuard.hpp"
-#include "recovery/inspection/ExaminedInspection.hpp"
-#include "recovery/inspection/RecoveryPackageInspector.hpp"
-#include "recovery/export/ResourcePlan.hpp"
+
 
 namespace galdrine::recovery {
-
-namespace RecoveryExporter {
 
 namespace {
 
 namespace fs = std::filesystem;
-namespace Inspector = RecoveryPackageInspector;
 using Error = RecoveryExporterError;
 using InspectorError = RecoveryPackageInspectorError;
 using Reader = reader::BackupKeyEnvelopeSetReader;
@@ -71,18 +66,18 @@ Error mappedInspectionError(InspectorError error) {
 std::expected<std::shared_ptr<const RestoreSession>, Error> RestoreSession::restoreSession(
     const fs::path& packagePath, const ExportCredential& credential, ByteView selectedCommitIdentifier) {
   if (selectedCommitIdentifier.size() != selectedCommitIdentifierByteCount) return failure(Error::snapshotNotFound);
-  auto reader = Inspector::openEnvelopeReader(packagePath);
+  auto reader = openEnvelopeReader(packagePath);
   if (!reader) return failure(Error::invalidPackage);
   auto bpmk = unlocked(*reader, credential);
   if (!bpmk) return std::unexpected(bpmk.error());
   // Until the session holds the key, this guard wipes it; once moved, it wipes an empty value.
   ScopeGuard wipeKey{[&] { platform::SecureMemory::wipe(*bpmk); }};
 
-  const auto inspection = Inspector::inspectExamined(*reader, *bpmk, credential.factor, RecoveryInspectionLimits{});
+  const auto inspection = inspectExamined(*reader, *bpmk, credential.factor, RecoveryInspectionLimits{});
   if (!inspection) return failure(mappedInspectionError(inspection.error()));
   auto preflight = selectedPreflight(inspection->inspection, selectedCommitIdentifier);
   if (!preflight) return std::unexpected(preflight.error());
-  auto selected = Inspector::authenticatedSnapshot(selectedCommitIdentifier, *reader, *bpmk);
+  auto selected = authenticatedSnapshot(selectedCommitIdentifier, *reader, *bpmk);
   if (!selected) return failure(mappedInspectionError(selected.error()));
   if (!agreesWithPreflight(*selected, *preflight, selectedCommitIdentifier)) return failure(Error::integrityFailure);
 
@@ -100,7 +95,5 @@ std::expected<std::shared_ptr<const RestoreSession>, Error> RestoreSession::rest
 }
 
 RestoreSession::~RestoreSession() { platform::SecureMemory::wipe(bpmk_); }
-
-}  // namespace RecoveryExporter
 
 }  // namespace galdrine::recovery

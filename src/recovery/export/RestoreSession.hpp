@@ -13,20 +13,18 @@
 #include <memory>
 #include <vector>
 
-#include "platform/Bytes.hpp"
-#include "recovery/export/ExportModel.hpp"
-#include "reader/BackupKeyEnvelopeSetReader.hpp"
-#include "recovery/inspection/RecoveryAuthenticatedSnapshot.hpp"
-#include "recovery/export/RecoveryExporterError.hpp"
-#include "recovery/inspection/RecoveryPackageInspectorError.hpp"
 #include "envelope/PortableKeyFactorV1.hpp"
-#include "recovery/inspection/RecoverySnapshotPreflight.hpp"
-#include "recovery/inspection/PayloadAvailabilityCheck.hpp"
-#include "recovery/export/PlannedResource.hpp"
+#include "platform/Bytes.hpp"
+#include "reader/BackupKeyEnvelopeSetReader.hpp"
+#include "recovery/export/ExportModel.hpp"
+#include "recovery/export/PayloadAvailability.hpp"
+#include "recovery/export/RecoveryExporterError.hpp"
+#include "recovery/export/ResourcePlan.hpp"
+#include "recovery/inspection/RecoveryPackageInspection.hpp"
+#include "recovery/inspection/RecoveryPackageInspector.hpp"
+#include "recovery/inspection/RecoveryPackageInspectorError.hpp"
 
 namespace galdrine::recovery {
-
-namespace RecoveryExporter {
 
 // ExportCredential is a portable credential as the caller holds it: passphrase bytes, or the
 // 32 bytes of a recovery key. It stays the caller's.
@@ -87,7 +85,5 @@ class RestoreSession {
   std::vector<PlannedResource> plan_;
   PayloadAvailabilityMap availability_;
 };
-
-}  // namespace RecoveryExporter
 
 }  // namespace galdrine::recovery

@@ -10,10 +10,19 @@
 
 #include "format/graph/BackupArtifactReferenceV1.hpp"
 #include "platform/Bytes.hpp"
-#include "recovery/inspection/RecoveryInspectionLimits.hpp"
 #include "recovery/inspection/RecoveryPackageInspectorError.hpp"
 
 namespace galdrine::recovery {
+
+// RecoveryInspectionLimits bounds what one inspection may authenticate of manifests: the
+// plaintext bytes of all manifest roots and sections together, and their records. A total
+// exactly at a limit passes.
+struct RecoveryInspectionLimits {
+  std::uint64_t maximumManifestPlaintextByteCount = 268'435'456;  // 256 MiB
+  std::uint64_t maximumManifestRecordCount = 1'000'000;
+
+  friend bool operator==(const RecoveryInspectionLimits&, const RecoveryInspectionLimits&) = default;
+};
 
 class AuthenticationBudget {
  public:

@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "platform/Bytes.hpp"
-#include "recovery/inspection/AuthenticatedContent.hpp"
+#include "recovery/inspection/ContentAuthentication.hpp"
 #include "recovery/inspection/RecoveryPackageInspectorError.hpp"
-#include "recovery/inspection/RecoverySnapshotPreflight.hpp"
+#include "recovery/inspection/RecoveryPackageInspection.hpp"
 
 namespace galdrine::recovery {
 

@@ -8,7 +8,6 @@
 #include "format/graph/BackupGraphV1.hpp"
 #include "format/manifest/BackupManifestRecordCodecV1.hpp"
 #include "format/manifest/BackupManifestSemanticValidator.hpp"
-#include "recovery/inspection/InspectorErrorTranslation.hpp"
 #include "recovery/inspection/RecoveryArtifactFiles.hpp"
 
 namespace galdrine::recovery {

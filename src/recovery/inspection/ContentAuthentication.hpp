@@ -1,5 +1,5 @@
 #pragma once
-// authenticateContent proves one commit's content from its snapshot down to every record of
+// ContentAuthentication proves one commit's content from its snapshot down to every record of
 // its manifest: each artifact is read only after its reference and a fixed ceiling bound it,
 // opened against that reference under the bpmk, and compared with what the records above it
 // committed to. It reads no payload file; it says which payload files the commit requires.
@@ -7,16 +7,56 @@
 // The snapshot cache and the budget belong to the calling operation and are shared by all of
 // its commits, so a snapshot is read once and a manifest is charged once.
 
+#include <cstdint>
 #include <expected>
+#include <map>
+#include <memory>
+#include <vector>
 
 #include "format/graph/AuthenticatedBackupCommit.hpp"
-#include "recovery/inspection/AuthenticatedContent.hpp"
-#include "recovery/inspection/AuthenticatedSnapshotContent.hpp"
+#include "format/graph/BackupArtifactReferenceV1.hpp"
+#include "format/graph/BackupSnapshotV1.hpp"
+#include "format/manifest/BackupManifestRecordV1.hpp"
+#include "format/package/BackupPackageV1.hpp"
+#include "platform/Bytes.hpp"
 #include "recovery/inspection/AuthenticationBudget.hpp"
-#include "recovery/inspection/AuthenticationScope.hpp"
+#include "recovery/inspection/PayloadExpectation.hpp"
 #include "recovery/inspection/RecoveryPackageInspectorError.hpp"
 
 namespace galdrine::recovery {
+
+// AuthenticationScope is what every artifact of one package opens under: the package, the
+// library domain of its envelope set, and the bpmk, which stays its owner's.
+struct AuthenticationScope {
+  const format::BackupPackageV1& package;
+  ByteView libraryDomainIdentifier;
+  ByteView bpmk;
+};
+
+// AuthenticatedSnapshotContent is what authenticating one snapshot proved, kept in the
+// snapshot cache so that other commits of the same snapshot need no second read: the
+// snapshot's reference as the first commit named it, the snapshot, its payload expectations,
+// and its records if the operation keeps them. The expectations and records are shared with
+// the contents built from them rather than copied.
+struct AuthenticatedSnapshotContent {
+  format::BackupArtifactReferenceV1 reference;
+  format::BackupSnapshotV1 snapshot;
+  std::shared_ptr<const PayloadExpectationMap> payloadExpectations;
+  std::shared_ptr<std::vector<format::BackupManifestRecordV1>> retainedRecords;  // null unless records are kept
+};
+
+// SnapshotCache holds the authenticated snapshots of one operation by snapshot identifier.
+using SnapshotCache = std::map<Bytes, AuthenticatedSnapshotContent>;
+
+// AuthenticatedContent is one commit authenticated down to its manifest: the commit with its
+// frame's reference, its snapshot, the payload files it requires, and its records if the
+// operation keeps them.
+struct AuthenticatedContent {
+  format::AuthenticatedBackupCommit authenticatedCommit;
+  format::BackupSnapshotV1 snapshot;
+  std::shared_ptr<const PayloadExpectationMap> payloadExpectations;
+  std::shared_ptr<std::vector<format::BackupManifestRecordV1>> retainedRecords;  // null unless records are kept
+};
 
 namespace ContentAuthentication {
 

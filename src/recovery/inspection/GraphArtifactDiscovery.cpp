@@ -5,7 +5,6 @@
 
 #include "format/header/BackupFormatV1.hpp"
 #include "format/graph/BackupGraphV1.hpp"
-#include "recovery/inspection/InspectorErrorTranslation.hpp"
 #include "recovery/inspection/RecoveryArtifactFiles.hpp"
 
 namespace galdrine::recovery {
@@ -48,14 +47,14 @@ namespace GraphArtifactDiscovery {
 
 std::expected<std::vector<format::AuthenticatedBackupCommit>, Error> discoverCommits(const AuthenticationScope& scope) {
   return discover<format::AuthenticatedBackupCommit>(scope, "commits", format::BackupFormatV1::commitFileExtension,
-                                                       format::BackupGraphV1::commitFileName,
-                                                       format::BackupGraphV1::openDiscoveredCommit);
+                                                     format::BackupGraphV1::commitFileName,
+                                                     format::BackupGraphV1::openDiscoveredCommit);
 }
 
 std::expected<std::vector<format::AuthenticatedBackupHead>, Error> discoverHeads(const AuthenticationScope& scope) {
   return discover<format::AuthenticatedBackupHead>(scope, "heads", format::BackupFormatV1::headFileExtension,
-                                                     format::BackupGraphV1::headFileName,
-                                                     format::BackupGraphV1::openDiscoveredHead);
+                                                   format::BackupGraphV1::headFileName,
+                                                   format::BackupGraphV1::openDiscoveredHead);
 }
 
 }  // namespace GraphArtifactDiscovery

@@ -9,7 +9,7 @@
 
 #include "format/graph/AuthenticatedBackupCommit.hpp"
 #include "format/graph/AuthenticatedBackupHead.hpp"
-#include "recovery/inspection/AuthenticationScope.hpp"
+#include "recovery/inspection/ContentAuthentication.hpp"
 #include "recovery/inspection/RecoveryPackageInspectorError.hpp"
 
 namespace galdrine::recovery {

@@ -35,13 +35,13 @@ inline constexpr std::uint64_t maximumPackFileByteCount = 67'305'472;
 // add stores `expectation` under `artifactIdentifier`, or, if one is there, requires it to be
 // equal in container, length and digest (integrityFailure otherwise). Equal entries stay.
 [[nodiscard]] std::expected<void, RecoveryPackageInspectorError> add(PayloadExpectationMap& expectations,
-                                                                             const Bytes& artifactIdentifier,
-                                                                             const PayloadExpectation& expectation);
+                                                                     const Bytes& artifactIdentifier,
+                                                                     const PayloadExpectation& expectation);
 
 // merge adds every entry of `from` to `into` as add does; on failure `into` may hold part of
 // `from`, and the operation that merges ends.
 [[nodiscard]] std::expected<void, RecoveryPackageInspectorError> merge(PayloadExpectationMap& into,
-                                                                               const PayloadExpectationMap& from);
+                                                                       const PayloadExpectationMap& from);
 
 // collect gives the expectations of every part of every resource record among `records`, in
 // order. Each part's file length must be 1 to its container's ceiling (integrityFailure); its

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <optional>
 
+#include "format/payload/BackupPayloadV1.hpp"
 #include "platform/FileDescriptor.hpp"
 #include "platform/SHA256.hpp"
 
@@ -36,8 +37,8 @@ using Examination = PayloadFileExamination;
 // It gives nothing for a failed read or for another number of bytes than `byteCount`; it
 // stops as soon as more arrive, so that a file that keeps growing cannot keep the loop going.
 [[nodiscard]] std::optional<platform::SHA256Digest> streamedDigest(int descriptor, const fs::path& path,
-                                                                 std::uint64_t byteCount, std::span<std::uint8_t> buffer,
-                                                                 const RecoveryPayloadReadObserver& observer) {
+                                                                   std::uint64_t byteCount, std::span<std::uint8_t> buffer,
+                                                                   const RecoveryPayloadReadObserver& observer) {
   platform::SHA256::Hasher hasher;
   std::uint64_t readByteCount = 0;
   while (true) {
@@ -54,6 +55,17 @@ using Examination = PayloadFileExamination;
 }
 
 }  // namespace
+
+std::optional<fs::path> payloadFilePath(const format::BackupPackageV1& package, ByteView artifactIdentifier,
+                                        format::BackupPayloadContainerKindV1 container) {
+  const bool isChunk = container == format::BackupPayloadContainerKindV1::chunk;
+  const auto directory = package.directoryPath(isChunk ? "objects" : "packs");
+  if (!directory) return std::nullopt;
+  const auto name = isChunk ? format::BackupPayloadV1::resourceChunkFileName(artifactIdentifier)
+                            : format::BackupPayloadV1::packSegmentFileName(artifactIdentifier);
+  if (!name) return std::nullopt;
+  return *directory / *name;
+}
 
 namespace PayloadFileExaminations {
 

@@ -8,14 +8,23 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <map>
+#include <optional>
 #include <span>
 
+#include "format/package/BackupPackageV1.hpp"
+#include "format/payload/BackupPayloadContainerKindV1.hpp"
 #include "platform/Bytes.hpp"
-#include "recovery/inspection/RecoveryPayloadReadObserver.hpp"
 #include "recovery/inspection/PayloadExpectation.hpp"
 
 namespace galdrine::recovery {
+
+// RecoveryPayloadReadObserver is told of every read of a payload file that an examination
+// hashes: the file, and the bytes that read gave (0 for the read that ends it). It changes
+// nothing in the examination; tests and benchmarks use it to see how payload files are
+// streamed. An empty observer costs one test per read.
+using RecoveryPayloadReadObserver = std::function<void(const std::filesystem::path& file, std::size_t byteCount)>;
 
 enum class PayloadFileExamination : std::uint8_t {
   matching,                // a regular file of the expected length and digest
@@ -40,6 +49,13 @@ struct ExaminedPayloadFile {
 // Examinations by artifact identifier.
 using PayloadFileExaminationMap = std::map<Bytes, ExaminedPayloadFile>;
 
+// payloadFilePath is where `package` keeps the payload file `artifactIdentifier` of
+// `container`: "objects" and the chunk's canonical file name, or "packs" and the segment's.
+// Nothing when the directory or the name cannot be formed.
+[[nodiscard]] std::optional<std::filesystem::path> payloadFilePath(const format::BackupPackageV1& package,
+                                                                   ByteView artifactIdentifier,
+                                                                   format::BackupPayloadContainerKindV1 container);
+
 namespace PayloadFileExaminations {
 
 // Payload files are streamed in pieces of this size and never held whole.
@@ -55,8 +71,7 @@ inline constexpr std::size_t readPieceByteCount = 1'048'576;
 // the digest against `sha256` (matching or wrongDigest). `buffer` must hold one piece; the
 // observer hears of every read. Nothing stays open.
 [[nodiscard]] PayloadFileExamination examine(const std::filesystem::path& path, std::uint64_t byteCount, ByteView sha256,
-                                             std::span<std::uint8_t> buffer,
-                                             const RecoveryPayloadReadObserver& observer = {});
+                                             std::span<std::uint8_t> buffer, const RecoveryPayloadReadObserver& observer = {});
 
 }  // namespace PayloadFileExaminations
 

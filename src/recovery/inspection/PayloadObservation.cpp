@@ -3,28 +3,12 @@
 #include <memory>
 #include <utility>
 
-#include "format/payload/BackupPayloadV1.hpp"
-#include "recovery/inspection/InspectorErrorTranslation.hpp"
-
 namespace galdrine::recovery {
 
 namespace {
 
-namespace fs = std::filesystem;
 using Error = RecoveryPackageInspectorError;
-using Container = format::BackupPayloadContainerKindV1;
 using Examination = PayloadFileExamination;
-
-[[nodiscard]] std::expected<fs::path, Error> payloadFilePath(const format::BackupPackageV1& package, const Bytes& identifier,
-                                                            Container container) {
-  const bool isChunk = container == Container::chunk;
-  const auto directory = package.directoryPath(isChunk ? "objects" : "packs");
-  if (!directory) return std::unexpected(inspectorError(directory.error()));
-  const auto name = isChunk ? format::BackupPayloadV1::resourceChunkFileName(identifier)
-                            : format::BackupPayloadV1::packSegmentFileName(identifier);
-  if (!name) return std::unexpected(inspectorError(name.error()));
-  return *directory / *name;
-}
 
 }  // namespace
 
@@ -46,21 +30,16 @@ PayloadObservation observation(Examination examination) {
   std::unreachable();
 }
 
-PayloadObservation observePayloadFile(const fs::path& path, const PayloadExpectation& expectation,
-                                      std::span<std::uint8_t> buffer, const RecoveryPayloadReadObserver& observer) {
-  return observation(PayloadFileExaminations::examine(path, expectation.byteCount, expectation.sha256, buffer, observer));
-}
-
 std::expected<PayloadFileExaminationMap, Error> examinePayloadFiles(const PayloadExpectationMap& expectations,
                                                                     const format::BackupPackageV1& package,
                                                                     const RecoveryPayloadReadObserver& observer) {
   // One piece buffer for the whole operation, left uninitialised: every byte is read before use.
-  const auto buffer = std::make_unique_for_overwrite<std::uint8_t[]>(readPieceByteCount);
-  const std::span<std::uint8_t> piece(buffer.get(), readPieceByteCount);
+  const auto buffer = std::make_unique_for_overwrite<std::uint8_t[]>(PayloadFileExaminations::readPieceByteCount);
+  const std::span<std::uint8_t> piece(buffer.get(), PayloadFileExaminations::readPieceByteCount);
   PayloadFileExaminationMap examinations;
   for (const auto& [identifier, expectation] : expectations) {
     const auto path = payloadFilePath(package, identifier, expectation.container);
-    if (!path) return std::unexpected(path.error());
+    if (!path) return std::unexpected(Error::integrityFailure);
     const Examination examination =
         PayloadFileExaminations::examine(*path, expectation.byteCount, expectation.sha256, piece, observer);
     examinations.emplace(identifier, ExaminedPayloadFile{expectation, examination});
@@ -75,5 +54,31 @@ PayloadObservationMap observations(const PayloadFileExaminationMap& examinations
 }
 
 }  // namespace PayloadObservations
+
+RecoveryPayloadFileEvidence payloadFileEvidence(const PayloadExpectationMap& expectations,
+                                                const PayloadObservationMap& observations) {
+  RecoveryPayloadFileEvidence evidence;
+  evidence.requiredFileCount = static_cast<std::int64_t>(expectations.size());
+  for (const auto& entry : expectations) {
+    const auto observed = observations.find(entry.first);
+    const auto observation = observed == observations.end() ? PayloadObservation::unreadable : observed->second;
+    switch (observation) {
+      case PayloadObservation::matching:
+        ++evidence.matchingFileCount;
+        continue;
+      case PayloadObservation::missing:
+        ++evidence.missingFileCount;
+        continue;
+      case PayloadObservation::mismatched:
+        ++evidence.mismatchedFileCount;
+        continue;
+      case PayloadObservation::unreadable:
+        ++evidence.unreadableFileCount;
+        continue;
+    }
+    std::unreachable();
+  }
+  return evidence;
+}
 
 }  // namespace galdrine::recovery

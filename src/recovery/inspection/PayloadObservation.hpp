@@ -4,19 +4,16 @@
 // read, or a file that changed while it was hashed). A damaged payload file is data for the
 // evidence, never a failure of the inspection.
 
-#include <cstddef>
 #include <cstdint>
 #include <expected>
-#include <filesystem>
 #include <map>
-#include <span>
 
 #include "format/package/BackupPackageV1.hpp"
 #include "platform/Bytes.hpp"
-#include "recovery/inspection/RecoveryPackageInspectorError.hpp"
-#include "recovery/inspection/RecoveryPayloadReadObserver.hpp"
 #include "recovery/inspection/PayloadExpectation.hpp"
 #include "recovery/inspection/PayloadFileExamination.hpp"
+#include "recovery/inspection/RecoveryPackageInspection.hpp"
+#include "recovery/inspection/RecoveryPackageInspectorError.hpp"
 
 namespace galdrine::recovery {
 
@@ -31,21 +28,11 @@ using PayloadObservationMap = std::map<Bytes, PayloadObservation>;
 
 namespace PayloadObservations {
 
-// Payload files are streamed in pieces of this size and never held whole.
-inline constexpr std::size_t readPieceByteCount = PayloadFileExaminations::readPieceByteCount;
-
 // observation is how the inspector reads an examination: a missing file is missing; a file
 // that would not give its status or open, a failed read and a file that changed while it was
 // hashed are unreadable; a failed fstat, anything but a regular file, and a wrong length or
 // digest are mismatched.
 [[nodiscard]] PayloadObservation observation(PayloadFileExamination examination);
-
-// observePayloadFile examines the file at `path` against `expectation` and gives its
-// observation (PayloadFileExaminations::examine tells the steps). `buffer` must hold one
-// piece. Nothing stays open.
-[[nodiscard]] PayloadObservation observePayloadFile(const std::filesystem::path& path, const PayloadExpectation& expectation,
-                                                    std::span<std::uint8_t> buffer,
-                                                    const RecoveryPayloadReadObserver& observer);
 
 // examinePayloadFiles examines each file of `expectations` once, in identifier order: a chunk
 // under "objects", a pack segment under "packs", by its canonical file name. A directory that
@@ -58,5 +45,11 @@ inline constexpr std::size_t readPieceByteCount = PayloadFileExaminations::readP
 [[nodiscard]] PayloadObservationMap observations(const PayloadFileExaminationMap& examinations);
 
 }  // namespace PayloadObservations
+
+// payloadFileEvidence counts, for one snapshot's expectations, how its payload files were
+// observed. A file the observations do not mention counts as unreadable, so the four counts
+// always add up to the number of required files.
+[[nodiscard]] RecoveryPayloadFileEvidence payloadFileEvidence(const PayloadExpectationMap& expectations,
+                                                              const PayloadObservationMap& observations);
 
 }  // namespace galdrine::recovery

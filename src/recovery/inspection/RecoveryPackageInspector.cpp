@@ -11,13 +11,9 @@
 #include "format/graph/BackupCommitGraph.hpp"
 #include "platform/SecureMemory.hpp"
 #include "platform/ScopeGuard.hpp"
-#include "recovery/inspection/AuthenticationBudget.hpp"
 #include "recovery/inspection/BranchLineage.hpp"
 #include "recovery/inspection/ContentAuthentication.hpp"
-#include "recovery/inspection/ExaminedInspection.hpp"
 #include "recovery/inspection/GraphArtifactDiscovery.hpp"
-#include "recovery/inspection/InspectorErrorTranslation.hpp"
-#include "recovery/inspection/PayloadFileEvidence.hpp"
 #include "recovery/inspection/PayloadObservation.hpp"
 
 namespace galdrine::recovery {
@@ -30,7 +26,7 @@ using Reader = reader::BackupKeyEnvelopeSetReader;
 using Factor = envelope::PortableKeyFactorV1;
 using Limits = RecoveryInspectionLimits;
 using Preflight = RecoverySnapshotPreflight;
-using Disposition = RecoveryBranchDispositionV1;
+using Disposition = RecoveryBranchDisposition;
 using Scan = format::BackupCommitGraphScan;
 using ContentMap = std::map<Bytes, AuthenticatedContent>;
 
@@ -38,17 +34,17 @@ using ContentMap = std::map<Bytes, AuthenticatedContent>;
   return {reader.package(), reader.envelopeSet().libraryDomainIdentifier(), bpmk};
 }
 
-// unlocked runs `unlock` on a freshly opened reader and then inspects; the bpmk it unlocked
+// inspectUnlocked runs `unlock` on a freshly opened reader and then inspects; the bpmk it unlocked
 // is wiped on every way out.
 template <typename Unlock>
 [[nodiscard]] std::expected<Inspection, Error> inspectUnlocked(const std::filesystem::path& packagePath, Factor factor,
                                                                const Limits& limits, Unlock unlock) {
-  const auto reader = RecoveryPackageInspector::openEnvelopeReader(packagePath);
+  const auto reader = openEnvelopeReader(packagePath);
   if (!reader) return std::unexpected(reader.error());
   auto bpmk = unlock(*reader);
   if (!bpmk) return std::unexpected(Error::unlockFailed);
   ScopeGuard wipeKey{[&] { platform::SecureMemory::wipe(*bpmk); }};
-  return RecoveryPackageInspector::inspect(*reader, *bpmk, factor, limits);
+  return inspect(*reader, *bpmk, factor, limits);
 }
 
 // AuthenticatedGraph is every commit's content and the payload files they require together.
@@ -79,7 +75,7 @@ struct AuthenticatedGraph {
 }
 
 [[nodiscard]] Preflight preflightOf(const AuthenticatedContent& content, bool isRetainedTip,
-                                    const RecoveryPayloadFileEvidenceV1& evidence) {
+                                    const RecoveryPayloadFileEvidence& evidence) {
   const auto& commit = content.authenticatedCommit.commit();
   const auto& snapshot = content.snapshot;
   return Preflight{commit.identifier(),     snapshot.identifier(),         commit.createdAtUTCMilliseconds(),
@@ -91,7 +87,7 @@ struct AuthenticatedGraph {
 // preflightsOf gives each commit its preflight, computing the evidence once per snapshot.
 [[nodiscard]] std::map<Bytes, Preflight> preflightsOf(const ContentMap& contents, const PayloadObservationMap& observations,
                                                       const std::set<Bytes>& retainedTips) {
-  std::map<Bytes, RecoveryPayloadFileEvidenceV1> evidenceBySnapshot;
+  std::map<Bytes, RecoveryPayloadFileEvidence> evidenceBySnapshot;
   std::map<Bytes, Preflight> preflights;
   for (const auto& [commitIdentifier, content] : contents) {
     auto evidence = evidenceBySnapshot.find(content.snapshot.identifier());
@@ -139,8 +135,6 @@ struct AuthenticatedGraph {
 }
 
 }  // namespace
-
-namespace RecoveryPackageInspector {
 
 std::expected<Inspection, Error> inspectWithBackupPassphrase(const std::filesystem::path& packagePath, ByteView passphrase) {
   return inspectWithBackupPassphrase(packagePath, passphrase, Limits{});
@@ -208,8 +202,8 @@ std::expected<ExaminedInspection, Error> inspectExamined(const Reader& reader, B
   return ExaminedInspection{std::move(inspection), std::move(*examinations)};
 }
 
-std::expected<RecoveryAuthenticatedSnapshot, Error> authenticatedSnapshot(ByteView commitIdentifier,
-                                                                                    const Reader& reader, ByteView bpmk) {
+std::expected<RecoveryAuthenticatedSnapshot, Error> authenticatedSnapshot(ByteView commitIdentifier, const Reader& reader,
+                                                                          ByteView bpmk) {
   const AuthenticationScope scope = scopeOf(reader, bpmk);
   const auto commits = GraphArtifactDiscovery::discoverCommits(scope);
   if (!commits) return std::unexpected(commits.error());
@@ -223,9 +217,7 @@ std::expected<RecoveryAuthenticatedSnapshot, Error> authenticatedSnapshot(ByteVi
   if (!content) return std::unexpected(content.error());
   cache.clear();  // the content is now the records' only holder, so they can move out
   return RecoveryAuthenticatedSnapshot{std::move(content->authenticatedCommit), std::move(content->snapshot),
-                                                 std::move(*content->retainedRecords)};
+                                       std::move(*content->retainedRecords)};
 }
-
-}  // namespace RecoveryPackageInspector
 
 }  // namespace galdrine::recovery

@@ -1,30 +1,51 @@
 #pragma once
-// RecoveryPackageInspector answers, for one package and one credential, which
-// snapshots can be trusted and how complete each one is on disk. It authenticates every
-// commit, head, snapshot, manifest root and section, checks them against one another, and
-// hashes each payload file that a manifest requires once, streamed, comparing it with what
-// the manifests promise. It writes nothing and keeps nothing between calls.
+// The package inspector answers, for one package and one credential, which snapshots can be
+// trusted and how complete each one is on disk. It authenticates every commit, head, snapshot,
+// manifest root and section, checks them against one another, and hashes each payload file
+// that a manifest requires once, streamed, comparing it with what the manifests promise. It
+// writes nothing and keeps nothing between calls.
 //
 // Missing or damaged payload files are evidence, never failures. Anything that contradicts
 // authenticated metadata stops the inspection, and no partial result is ever given. Every
-// failure is one case of RecoveryPackageInspectorError, without a path, an
-// identifier or a lower reason.
+// failure is one case of RecoveryPackageInspectorError, without a path, an identifier or a
+// lower reason.
 
 #include <expected>
 #include <filesystem>
+#include <vector>
 
+#include "envelope/PortableKeyFactorV1.hpp"
+#include "format/graph/AuthenticatedBackupCommit.hpp"
+#include "format/graph/BackupSnapshotV1.hpp"
+#include "format/manifest/BackupManifestRecordV1.hpp"
 #include "platform/Bytes.hpp"
 #include "reader/BackupKeyEnvelopeSetReader.hpp"
-#include "recovery/inspection/RecoveryAuthenticatedSnapshot.hpp"
-#include "recovery/inspection/RecoveryInspectionLimits.hpp"
+#include "recovery/inspection/AuthenticationBudget.hpp"
+#include "recovery/inspection/PayloadFileExamination.hpp"
 #include "recovery/inspection/RecoveryPackageInspection.hpp"
 #include "recovery/inspection/RecoveryPackageInspectorError.hpp"
-#include "recovery/inspection/RecoveryPayloadReadObserver.hpp"
-#include "envelope/PortableKeyFactorV1.hpp"
 
 namespace galdrine::recovery {
 
-namespace RecoveryPackageInspector {
+// RecoveryAuthenticatedSnapshot is one commit authenticated down to its records: the commit
+// with the reference of the frame it was opened from, its snapshot, and every record of its
+// manifest, in section order. It is what an export plans from.
+struct RecoveryAuthenticatedSnapshot {
+  format::AuthenticatedBackupCommit authenticatedCommit;
+  format::BackupSnapshotV1 snapshot;
+  std::vector<format::BackupManifestRecordV1> records;
+
+  friend bool operator==(const RecoveryAuthenticatedSnapshot&, const RecoveryAuthenticatedSnapshot&) = default;
+};
+
+// ExaminedInspection is an inspection together with what examining each payload file found.
+// It serves a caller that must judge the same files once more right after (an export's
+// session): for an unchanged expectation it takes the finding over instead of hashing the
+// file a second time.
+struct ExaminedInspection {
+  RecoveryPackageInspection inspection;
+  PayloadFileExaminationMap payloadFiles;  // every file some authenticated snapshot requires
+};
 
 // inspectWithBackupPassphrase and inspectWithRecoveryKey, in this order: open the package and
 // its key envelope file, bound to each other (any failure invalidPackage); unlock the bpmk
@@ -58,14 +79,18 @@ openEnvelopeReader(const std::filesystem::path& packagePath);
     const reader::BackupKeyEnvelopeSetReader& reader, ByteView bpmk, envelope::PortableKeyFactorV1 factor,
     const RecoveryInspectionLimits& limits, const RecoveryPayloadReadObserver& observer = {});
 
+// inspectExamined is inspect, with the same steps and failures, also giving the examination
+// behind every file's evidence. The bpmk stays the caller's.
+[[nodiscard]] std::expected<ExaminedInspection, RecoveryPackageInspectorError> inspectExamined(
+    const reader::BackupKeyEnvelopeSetReader& reader, ByteView bpmk, envelope::PortableKeyFactorV1 factor,
+    const RecoveryInspectionLimits& limits, const RecoveryPayloadReadObserver& observer = {});
+
 // authenticatedSnapshot authenticates one commit down to its records for an export: the
 // commits are discovered and opened, the one with `commitIdentifier` is found
 // (integrityFailure if none), and its content is authenticated with a fresh cache and budget
 // at the default limits, keeping every record. Heads are not read and the graph is not
 // scanned: the commit rests on its own frame. The bpmk stays the caller's.
-[[nodiscard]] std::expected<RecoveryAuthenticatedSnapshot, RecoveryPackageInspectorError>
-authenticatedSnapshot(ByteView commitIdentifier, const reader::BackupKeyEnvelopeSetReader& reader, ByteView bpmk);
-
-}  // namespace RecoveryPackageInspector
+[[nodiscard]] std::expected<RecoveryAuthenticatedSnapshot, RecoveryPackageInspectorError> authenticatedSnapshot(
+    ByteView commitIdentifier, const reader::BackupKeyEnvelopeSetReader& reader, ByteView bpmk);
 
 }  // namespace galdrine::recovery

@@ -1,6 +1,6 @@
 #pragma once
-// ExportStaging is everything an export does to directories: a hidden staging directory made
-// beside the destination, so that the final rename stays inside one file system; private
+// StagingDirectory is everything an export does to directories: a hidden staging directory
+// made beside the destination, so that the final rename stays inside one file system; private
 // directories in it; and the one rename that publishes the finished tree. A destination
 // either does not exist or holds a complete export.
 //
@@ -14,8 +14,6 @@
 #include "recovery/export/RecoveryExporterError.hpp"
 
 namespace galdrine::recovery {
-
-namespace RecoveryExporter {
 
 // createPrivateDirectory creates exactly `path`, without intermediate directories, with the
 // permissions 0700. Anything standing there is destinationExists; any other failure is
@@ -65,7 +63,5 @@ class StagingDirectory {
   std::filesystem::path path_;
   bool removeOnRelease_ = true;
 };
-
-}  // namespace RecoveryExporter
 
 }  // namespace galdrine::recovery

@@ -1,4 +1,4 @@
-#include "recovery/export/ExportStaging.hpp"
+#include "recovery/export/StagingDirectory.hpp"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -15,8 +15,6 @@
 #include "platform/Random.hpp"
 
 namespace galdrine::recovery {
-
-namespace RecoveryExporter {
 
 namespace {
 
@@ -108,7 +106,5 @@ std::expected<void, Error> StagingDirectory::publish(const fs::path& destination
   if (!isSynchronized(destinationPath.parent_path())) return failure(Error::outputWriteFailed);
   return {};
 }
-
-}  // namespace RecoveryExporter
 
 }  // namespace galdrine::recovery

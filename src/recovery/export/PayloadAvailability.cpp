@@ -1,23 +1,14 @@
-#include "recovery/inspection/PayloadAvailabilityCheck.hpp"
+#include "recovery/export/PayloadAvailability.hpp"
 
 #include <memory>
 #include <utility>
 
-#include "format/payload/BackupPayloadV1.hpp"
-
 namespace galdrine::recovery {
-
-namespace RecoveryExporter {
 
 namespace {
 
 using Examination = PayloadFileExamination;
-using Container = format::BackupPayloadContainerKindV1;
 using Part = format::BackupPayloadPartRecordV1;
-
-[[nodiscard]] PayloadAvailability availabilityOf(std::optional<ResourceFailureReason> reason) {
-  return reason ? PayloadAvailability::failed(*reason) : PayloadAvailability::matching();
-}
 
 // examinedBefore gives the earlier finding on `part`'s artifact when it was made against the
 // very length, digest and container the part names.
@@ -34,38 +25,29 @@ using Part = format::BackupPayloadPartRecordV1;
 
 }  // namespace
 
-std::optional<std::filesystem::path> payloadPath(const Part& part, const format::BackupPackageV1& package) {
-  const bool isChunk = part.container() == Container::chunk;
-  const auto directory = package.directoryPath(isChunk ? "objects" : "packs");
-  if (!directory) return std::nullopt;
-  const auto name = isChunk ? format::BackupPayloadV1::resourceChunkFileName(part.artifactIdentifier())
-                            : format::BackupPayloadV1::packSegmentFileName(part.artifactIdentifier());
-  if (!name) return std::nullopt;
-  return *directory / *name;
-}
-
-std::optional<ResourceFailureReason> failureReason(Examination examination) {
+PayloadAvailability PayloadAvailability::of(Examination examination) {
   switch (examination) {
-    case Examination::matching: return std::nullopt;
-    case Examination::missing: return ResourceFailureReason::missingPayload;
+    case Examination::matching: return matching();
+    case Examination::missing: return failed(ResourceFailureReason::missingPayload);
     case Examination::wrongByteCount:
-    case Examination::wrongDigest: return ResourceFailureReason::payloadIntegrityFailure;
+    case Examination::wrongDigest: return failed(ResourceFailureReason::payloadIntegrityFailure);
     case Examination::statusUnavailable:
     case Examination::openRefused:
     case Examination::descriptorStatusFailed:
     case Examination::notRegularFile:
     case Examination::readFailed:
-    case Examination::changedWhileRead: return ResourceFailureReason::unreadablePayload;
+    case Examination::changedWhileRead: return failed(ResourceFailureReason::unreadablePayload);
   }
   std::unreachable();
 }
 
 std::optional<ResourceFailureReason> payloadFileFailure(const Part& part, const format::BackupPackageV1& package,
                                                         std::span<std::uint8_t> buffer) {
-  const auto path = payloadPath(part, package);
+  const auto path = payloadFilePath(package, part.artifactIdentifier(), part.container());
   if (!path) return ResourceFailureReason::unreadablePayload;
-  return failureReason(
-      PayloadFileExaminations::examine(*path, part.artifactFileByteCount(), part.artifactFileSHA256(), buffer));
+  return PayloadAvailability::of(
+             PayloadFileExaminations::examine(*path, part.artifactFileByteCount(), part.artifactFileSHA256(), buffer))
+      .failureReason();
 }
 
 PayloadAvailabilityMap payloadAvailability(std::span<const PlannedResource> plan, const format::BackupPackageV1& package,
@@ -78,13 +60,16 @@ PayloadAvailabilityMap payloadAvailability(std::span<const PlannedResource> plan
     for (const Part& part : planned.resource->parts()) {
       if (availability.contains(part.artifactIdentifier())) continue;
       const auto earlier = examinedBefore(part, examined);
-      const auto reason = earlier ? failureReason(*earlier) : payloadFileFailure(part, package, piece);
-      availability.emplace(part.artifactIdentifier(), availabilityOf(reason));
+      if (earlier) {
+        availability.emplace(part.artifactIdentifier(), PayloadAvailability::of(*earlier));
+        continue;
+      }
+      const auto reason = payloadFileFailure(part, package, piece);
+      availability.emplace(part.artifactIdentifier(),
+                           reason ? PayloadAvailability::failed(*reason) : PayloadAvailability::matching());
     }
   }
   return availability;
 }
-
-}  // namespace RecoveryExporter
 
 }  // namespace galdrine::recovery
