@@ -46,8 +46,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const auto decoded = galdrine::format::DeterministicCBOR::decodeBorrowed(frame, galdrine::format::CBORLimits::sealedFrame(limit));
   require(decoded.has_value());
   require(decoded->find(5)->asUnsigned() == plaintext->size());
-  const auto resealed = galdrine::format::AESGCMFrameV1::sealDeterministicFixture(*plaintext, kKey, kAuthenticatedData, limit,
-                                                                        *decoded->find(2)->asByteString());
+  const auto resealed = galdrine::format::AESGCMFrameV1::seal(
+      *plaintext, kKey, kAuthenticatedData, limit,
+      galdrine::format::AESGCMFrameV1::NonceSource::fixed(*decoded->find(2)->asByteString()));
   require(resealed.has_value() && galdrine::ByteOrder::equal(*resealed, frame));
   return 0;
 }

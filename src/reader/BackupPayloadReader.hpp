@@ -10,10 +10,8 @@
 
 #include "format/sealing/BackupAuthenticatedDataV1.hpp"
 #include "format/cbor/CBORError.hpp"
-#include "format/sealing/AESGCMFrameV1Error.hpp"
-#include "format/payload/BackupPackSegmentDescriptorV1.hpp"
-#include "format/payload/BackupPayloadV1Error.hpp"
-#include "format/payload/BackupResourceChunkDescriptorV1.hpp"
+#include "format/sealing/AESGCMFrameV1.hpp"
+#include "format/payload/BackupPayloadV1.hpp"
 #include "platform/Bytes.hpp"
 
 namespace galdrine::reader {
