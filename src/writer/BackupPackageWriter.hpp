@@ -35,7 +35,7 @@
 #include "format/package/BackupPackageV1.hpp"
 #include "format/graph/AuthenticatedBackupCommit.hpp"
 #include "format/graph/AuthenticatedBackupHead.hpp"
-#include "format/graph/BackupCommitGraphScan.hpp"
+#include "format/graph/BackupCommitGraph.hpp"
 #include "platform/Bytes.hpp"
 
 namespace galdrine::writer {
