@@ -32,9 +32,9 @@ void require(bool condition) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  if (galdrine::size == 0) return 0;
+  if (size == 0) return 0;
   const std::int64_t limit = limitFor(data[0]);
-  const galdrine::ByteView frame(data + 1, galdrine::size - 1);
+  const galdrine::ByteView frame(data + 1, size - 1);
   const auto plaintext = galdrine::format::AESGCMFrameV1::open(frame, kKey, kAuthenticatedData, limit);
   if (!plaintext) {
     using Code = galdrine::format::AESGCMFrameV1Error::Code;
