@@ -16,10 +16,9 @@
 
 #include "writer/BackupPackageWriter.hpp"
 #include "support/BackupSampleLibrary.hpp"
+#include "support/FileFixtures.hpp"
 #include "format/sealing/AESGCMFrameV1.hpp"
 #include "format/payload/BackupPayloadV1.hpp"
-#include "platform/SHA256File.hpp"
-#include "platform/BoundedFileRead.hpp"
 #include "platform/Files.hpp"
 #include "platform/SHA256.hpp"
 
@@ -35,6 +34,23 @@ const Bytes kKey(32, 0x33);
 const Bytes kAuthenticatedData(64, 0x44);
 const Bytes kRecoveryKey(32, 0x55);
 
+// materialized writes every resource's content into `directory` as "<hex identifier>.bin" and
+// gives the library reading those files, as a real library's files are read.
+writer::BackupLibrarySnapshot materialized(writer::BackupLibrarySnapshot library, const fs::path& directory) {
+  for (auto& item : library.items) {
+    for (auto& resource : item.resources) {
+      auto reader = writer::BackupContentReader::open(resource.content);
+      if (!reader) std::abort();
+      Bytes content(static_cast<std::size_t>(reader->byteCount()));
+      if (!reader->read(content)) std::abort();
+      const fs::path file = directory / (ByteText::lowerHex(resource.identifier) + ".bin");
+      testsupport::FileFixtures::writeFile(file, content);
+      resource.content = writer::BackupContentSource::file(file);
+    }
+  }
+  return library;
+}
+
 struct Fixture {
   Fixture() {
     std::string directoryPattern = (fs::temp_directory_path() / "galdrine-writer-bench-XXXXXX").string();
@@ -49,9 +65,7 @@ struct Fixture {
     shape.photoByteRange = {2 * kMebibyte, 4 * kMebibyte};
     shape.videoByteRange = {60 * kMebibyte, 120 * kMebibyte};
     shape.albumCount = 4;
-    auto onDisk = testsupport::BackupSampleLibrary::materialize(testsupport::BackupSampleLibrary::make(shape), directory / "content");
-    if (!onDisk) std::abort();
-    library = std::move(*onDisk);
+    library = materialized(testsupport::BackupSampleLibrary::make(shape), directory / "content");
     for (const auto& entry : fs::directory_iterator(directory / "content")) {
       files.push_back(entry.path());
       byteCount += fs::file_size(entry.path());
@@ -112,7 +126,7 @@ void BM_floorReadHashSealHashWrite(benchmark::State& state) {
     fs::remove_all(output);
     state.ResumeTiming();
   }
-  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * f.byteCount));
+  state.SetBytesProcessed(static_cast<std::int64_t>(static_cast<std::uint64_t>(state.iterations()) * f.byteCount));
 }
 
 // What the format's payload writers cost on the same bytes, each file read whole into memory:
@@ -135,7 +149,7 @@ void BM_payloadWritersAlone(benchmark::State& state) {
       const Bytes identifier(16, ++segment);
       const fs::path path = output / *format::BackupPayloadV1::packSegmentFileName(identifier);
       if (!format::BackupPayloadV1::writePackSegment(path, package, library, identifier, kKey, entries)) std::abort();
-      benchmark::DoNotOptimize(platform::SHA256File::digest(path));
+      benchmark::DoNotOptimize(platform::SHA256::digestOfFile(path));
       entries.clear();
       segmentByteCount = 0;
     };
@@ -162,7 +176,7 @@ void BM_payloadWritersAlone(benchmark::State& state) {
     fs::remove_all(output);
     state.ResumeTiming();
   }
-  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * f.byteCount));
+  state.SetBytesProcessed(static_cast<std::int64_t>(static_cast<std::uint64_t>(state.iterations()) * f.byteCount));
 }
 
 void BM_writeCommit(benchmark::State& state) {
@@ -180,7 +194,7 @@ void BM_writeCommit(benchmark::State& state) {
     fs::remove_all(path);
     state.ResumeTiming();
   }
-  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * f.byteCount));
+  state.SetBytesProcessed(static_cast<std::int64_t>(static_cast<std::uint64_t>(state.iterations()) * f.byteCount));
 }
 
 }  // namespace

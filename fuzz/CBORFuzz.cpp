@@ -27,9 +27,9 @@ void require(bool condition) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  if (galdrine::size == 0) return 0;
+  if (size == 0) return 0;
   const galdrine::format::CBORLimits limits = limitsFor(data[0]);
-  const galdrine::ByteView input(data + 1, galdrine::size - 1);
+  const galdrine::ByteView input(data + 1, size - 1);
   const auto owned = galdrine::format::DeterministicCBOR::decode(input, limits);
   const auto borrowed = galdrine::format::DeterministicCBOR::decodeBorrowed(input, limits);
   require(owned.has_value() == borrowed.has_value());

@@ -16,7 +16,7 @@ void require(bool condition) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const galdrine::ByteView input(data, galdrine::size);
+  const galdrine::ByteView input(data, size);
   const auto header = galdrine::format::BackupFormatHeaderV1::decode(input);
   if (!header) return 0;
   const auto encoded = header->encoded();

@@ -14,11 +14,16 @@
 #include <expected>
 #include <string_view>
 
-#include "backuptool/BackupSourceIdentitiesError.hpp"
 #include "format/graph/BackupIdentifierV1.hpp"
 #include "platform/Bytes.hpp"
 
 namespace galdrine::backuptool {
+
+// BackupSourceIdentitiesError is why no identifier could be derived.
+enum class BackupSourceIdentitiesError : std::uint8_t {
+  invalidKey,        // the package master key is not 32 bytes
+  derivationFailed,  // the key derivation of the platform failed
+};
 
 class BackupSourceIdentities {
  public:

@@ -20,11 +20,16 @@
 #include <filesystem>
 
 #include "backuptool/BackupSource.hpp"
-#include "backuptool/BackupSourceScanError.hpp"
 #include "format/header/BackupFormatV1.hpp"
 #include "format/manifest/BackupManifestSemanticValidator.hpp"
 
 namespace galdrine::backuptool {
+
+// BackupSourceScanError is why a source directory could not be scanned.
+enum class BackupSourceScanError : std::uint8_t {
+  unavailable,  // the source is no directory, cannot be opened, or a directory listing failed
+  tooLarge,     // more entries, deeper nesting or more bytes than one snapshot can hold
+};
 
 namespace BackupSourceScan {
 

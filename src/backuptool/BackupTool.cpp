@@ -16,26 +16,21 @@ namespace {
 
 using Outcome = std::expected<Bytes, BackupToolError>;
 
-Outcome run(const BackupToolCommand& command, BackupToolCredentialReading& reader,
-            const writer::BackupWriterSettings& settings) {
+Outcome run(const BackupToolCommand& command, BackupToolCredentialReading& reader) {
   struct Runner {
     BackupToolCredentialReading& reader;
-    const writer::BackupWriterSettings& settings;
-    Outcome operator()(const BackupToolCommand::Create& create) const {
-      return BackupToolCreation::run(create, reader, settings);
-    }
-    Outcome operator()(const BackupToolCommand::Add& add) const { return BackupToolAddition::run(add, reader, settings); }
+    Outcome operator()(const BackupToolCommand::Create& create) const { return BackupToolCreation::run(create, reader); }
+    Outcome operator()(const BackupToolCommand::Add& add) const { return BackupToolAddition::run(add, reader); }
     Outcome operator()(const BackupToolCommand::Help&) const { return ByteText::bytes(backupToolUsageText); }
   };
-  return std::visit(Runner{reader, settings}, command.value);
+  return std::visit(Runner{reader}, command.value);
 }
 
 }  // namespace
 
-BackupToolExecution execute(std::span<const std::string> arguments, BackupToolCredentialReading& credentialReader,
-                            const writer::BackupWriterSettings& settings) {
+BackupToolExecution execute(std::span<const std::string> arguments, BackupToolCredentialReading& credentialReader) {
   const auto command = BackupToolCommandParser::parse(arguments);
-  Outcome outcome = command ? run(*command, credentialReader, settings) : std::unexpected(command.error());
+  Outcome outcome = command ? run(*command, credentialReader) : std::unexpected(command.error());
   if (outcome) return {0, std::move(*outcome), {}};
   // The one place where an error becomes output.
   const BackupToolFailureOutput output = failureOutput(outcome.error());

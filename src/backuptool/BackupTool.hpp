@@ -8,21 +8,33 @@
 // location and the source directory were looked at, so a person is never asked for a secret
 // that a mistyped path would waste. They are wiped on every way out of the run.
 
+#include <cstdint>
 #include <span>
 #include <string>
 
 #include "backuptool/BackupToolCredentialReading.hpp"
-#include "backuptool/BackupToolExecution.hpp"
-#include "writer/BackupWriterSettings.hpp"
+#include "platform/Bytes.hpp"
 
 namespace galdrine::backuptool {
+
+// BackupToolExecution is the whole outcome of one run: the exit status and the bytes for the
+// two output streams. On success standardError is empty; on failure standardOutput is empty.
+// Standard output may hold the words of a new recovery key: whoever holds the record wipes it
+// once it is written.
+struct BackupToolExecution {
+  std::int32_t exitCode = 0;
+  Bytes standardOutput;
+  Bytes standardError;
+
+  friend bool operator==(const BackupToolExecution&, const BackupToolExecution&) = default;
+};
 
 namespace BackupTool {
 
 // execute parses `arguments` (without the program's name) and runs the command, writing
-// packages with `settings` (the system's randomness and clock by default; tests pass others).
-[[nodiscard]] BackupToolExecution execute(std::span<const std::string> arguments, BackupToolCredentialReading& credentialReader,
-                                          const writer::BackupWriterSettings& settings = {});
+// packages with the system's randomness and clock.
+[[nodiscard]] BackupToolExecution execute(std::span<const std::string> arguments,
+                                          BackupToolCredentialReading& credentialReader);
 
 }  // namespace BackupTool
 

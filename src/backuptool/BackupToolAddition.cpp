@@ -24,32 +24,29 @@ WriterResult opened(std::expected<Writer, writer::BackupWriterFailure> writer) {
   return std::move(*writer);
 }
 
-WriterResult openWithPassphrase(const BackupToolCommand::Add& command, BackupToolCredentialReading& reader,
-                                const writer::BackupWriterSettings& settings) {
+WriterResult openWithPassphrase(const BackupToolCommand::Add& command, BackupToolCredentialReading& reader) {
   auto passphrase = BackupToolCredentials::readBackupPassphrase(reader, command.credentialInput);
   if (!passphrase) return std::unexpected(passphrase.error());
   ScopeGuard wipePassphrase{[&] { platform::SecureMemory::wipe(*passphrase); }};
-  return opened(Writer::openWithBackupPassphrase(command.packagePath, *passphrase, settings));
+  return opened(Writer::openWithBackupPassphrase(command.packagePath, *passphrase));
 }
 
-WriterResult openWithRecoveryKey(const BackupToolCommand::Add& command, BackupToolCredentialReading& reader,
-                                 const writer::BackupWriterSettings& settings) {
+WriterResult openWithRecoveryKey(const BackupToolCommand::Add& command, BackupToolCredentialReading& reader) {
   const auto key = BackupToolCredentials::readRecoveryKey(reader, command.credentialInput);
   if (!key) return std::unexpected(key.error());
-  return opened(Writer::openWithRecoveryKey(command.packagePath, key->key(), settings));
+  return opened(Writer::openWithRecoveryKey(command.packagePath, key->key()));
 }
 
 }  // namespace
 
-std::expected<Bytes, BackupToolError> run(const BackupToolCommand::Add& command, BackupToolCredentialReading& reader,
-                                          const writer::BackupWriterSettings& settings) {
+std::expected<Bytes, BackupToolError> run(const BackupToolCommand::Add& command, BackupToolCredentialReading& reader) {
   // A path that is no package is refused before anyone is asked for a credential.
   if (!format::BackupPackageV1::open(command.packagePath)) return std::unexpected(BackupToolError::invalidPackage);
   const auto source = BackupToolSnapshot::scannedSource(command.sourcePath);
   if (!source) return std::unexpected(source.error());
   auto writer = command.factor == envelope::PortableKeyFactorV1::backupPassphrase
-                    ? openWithPassphrase(command, reader, settings)
-                    : openWithRecoveryKey(command, reader, settings);
+                    ? openWithPassphrase(command, reader)
+                    : openWithRecoveryKey(command, reader);
   if (!writer) return std::unexpected(writer.error());
   const auto counts = BackupToolSnapshot::write(*writer, *source);
   if (!counts) return std::unexpected(counts.error());

@@ -14,7 +14,6 @@
 #include "backuptool/BackupToolCommand.hpp"
 #include "backuptool/BackupToolCredentialReading.hpp"
 #include "backuptool/BackupToolError.hpp"
-#include "writer/BackupWriterSettings.hpp"
 #include "platform/Bytes.hpp"
 
 namespace galdrine::backuptool {
@@ -22,8 +21,7 @@ namespace galdrine::backuptool {
 namespace BackupToolAddition {
 
 [[nodiscard]] std::expected<Bytes, BackupToolError> run(const BackupToolCommand::Add& command,
-                                                       BackupToolCredentialReading& reader,
-                                                       const writer::BackupWriterSettings& settings);
+                                                       BackupToolCredentialReading& reader);
 
 }  // namespace BackupToolAddition
 

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string_view>
 
-#include "recoverytool/RecoveryToolPath.hpp"
+#include "platform/FilePath.hpp"
 
 namespace galdrine::backuptool {
 
@@ -81,8 +81,8 @@ struct Locations {
 };
 
 std::expected<Locations, BackupToolError> locations(const Tokens& tokens) {
-  auto packagePath = recoverytool::RecoveryToolPath::filePath(*tokens.packageArgument);
-  auto sourcePath = recoverytool::RecoveryToolPath::filePath(*tokens.sourceArgument);
+  auto packagePath = platform::FilePath::fromArgument(*tokens.packageArgument);
+  auto sourcePath = platform::FilePath::fromArgument(*tokens.sourceArgument);
   if (!packagePath || !sourcePath) return invalidArguments();
   return Locations{std::move(*packagePath), std::move(*sourcePath)};
 }

@@ -42,14 +42,14 @@ struct NewCredentials {
 };
 
 std::expected<void, BackupToolError> obtain(const BackupToolCommand::Create& command, BackupToolCredentialReading& reader,
-                                            const writer::BackupWriterSettings& settings, NewCredentials& credentials) {
+                                            NewCredentials& credentials) {
   if (command.backupPassphrase) {
     auto passphrase = BackupToolCredentials::readNewBackupPassphrase(reader, command.credentialInput);
     if (!passphrase) return std::unexpected(passphrase.error());
     credentials.passphrase = std::move(*passphrase);
   }
   if (command.newRecoveryKey) {
-    auto key = writer::BackupRecoveryKey::generate(settings.sources);
+    auto key = writer::BackupRecoveryKey::generate(writer::BackupWriterSources::system());
     if (!key) return std::unexpected(BackupToolError::operationFailed);
     credentials.recoveryKey.emplace(std::move(*key));
   }
@@ -60,9 +60,8 @@ std::expected<void, BackupToolError> obtain(const BackupToolCommand::Create& com
 // staged package is removed on every failure after it came to exist.
 std::expected<BackupToolCounts, BackupToolError> buildAndPublish(const fs::path& stagingPath, const fs::path& packagePath,
                                                                  const BackupSource& source,
-                                                                 const NewCredentials& credentials,
-                                                                 const writer::BackupWriterSettings& settings) {
-  auto writer = writer::BackupPackageWriter::create(stagingPath, credentials.forWriter(), settings);
+                                                                 const NewCredentials& credentials) {
+  auto writer = writer::BackupPackageWriter::create(stagingPath, credentials.forWriter());
   // A failed create leaves nothing at the staging name, and anything found there is not ours.
   if (!writer) return std::unexpected(backupToolError(writer.error(), BackupToolStage::creating));
   ScopeGuard removeStaging{[&] {
@@ -80,18 +79,17 @@ std::expected<BackupToolCounts, BackupToolError> buildAndPublish(const fs::path&
 
 }  // namespace
 
-std::expected<Bytes, BackupToolError> run(const BackupToolCommand::Create& command, BackupToolCredentialReading& reader,
-                                          const writer::BackupWriterSettings& settings) {
+std::expected<Bytes, BackupToolError> run(const BackupToolCommand::Create& command, BackupToolCredentialReading& reader) {
   if (auto location = BackupPackagePublication::checkNewPackageLocation(command.packagePath); !location) {
     return std::unexpected(location.error());
   }
   const auto source = BackupToolSnapshot::scannedSource(command.sourcePath);
   if (!source) return std::unexpected(source.error());
   NewCredentials credentials;
-  if (auto obtained = obtain(command, reader, settings, credentials); !obtained) return std::unexpected(obtained.error());
+  if (auto obtained = obtain(command, reader, credentials); !obtained) return std::unexpected(obtained.error());
   const auto stagingPath = BackupPackagePublication::stagingPath(command.packagePath);
   if (!stagingPath) return std::unexpected(stagingPath.error());
-  const auto counts = buildAndPublish(*stagingPath, command.packagePath, *source, credentials, settings);
+  const auto counts = buildAndPublish(*stagingPath, command.packagePath, *source, credentials);
   if (!counts) return std::unexpected(counts.error());
   const std::string summary = BackupToolReport::createdLine(*counts);
   if (!credentials.recoveryKey) return ByteText::bytes(summary);

@@ -16,7 +16,6 @@
 #include "backuptool/BackupToolCommand.hpp"
 #include "backuptool/BackupToolCredentialReading.hpp"
 #include "backuptool/BackupToolError.hpp"
-#include "writer/BackupWriterSettings.hpp"
 #include "platform/Bytes.hpp"
 
 namespace galdrine::backuptool {
@@ -24,8 +23,7 @@ namespace galdrine::backuptool {
 namespace BackupToolCreation {
 
 [[nodiscard]] std::expected<Bytes, BackupToolError> run(const BackupToolCommand::Create& command,
-                                                       BackupToolCredentialReading& reader,
-                                                       const writer::BackupWriterSettings& settings);
+                                                       BackupToolCredentialReading& reader);
 
 }  // namespace BackupToolCreation
 

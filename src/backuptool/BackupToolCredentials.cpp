@@ -2,11 +2,11 @@
 
 #include <utility>
 
+#include "credential/BoundedCredentialRead.hpp"
 #include "platform/SecureMemory.hpp"
 #include "platform/ConstantTime.hpp"
 #include "platform/ScopeGuard.hpp"
 #include "envelope/BackupPassphrasePolicy.hpp"
-#include "recoverytool/RecoveryTool.hpp"
 
 namespace galdrine::backuptool {
 
@@ -16,16 +16,17 @@ namespace {
 using Factor = envelope::PortableKeyFactorV1;
 using Input = credential::CredentialInput;
 
-// read is the recovery tool's own reading, its two outcomes named in this tool's terms.
+// read is the bounded read both tools share, its two outcomes named in this tool's terms.
 std::expected<Bytes, BackupToolError> read(BackupToolCredentialReading& reader, Factor factor, Input input) {
-  auto credential = recoverytool::RecoveryTool::readCredential(reader, recoverytool::RecoveryRequest{{}, factor, input});
+  auto credential = credential::BoundedCredentialRead::read(reader, factor, input);
   if (credential) return std::move(*credential);
-  return std::unexpected(credential.error() == recoverytool::RecoveryToolError::credentialUnavailable ? BackupToolError::credentialUnavailable
-                                                                                       : BackupToolError::invalidCredential);
+  return std::unexpected(credential.error() == credential::BoundedCredentialReadError::unavailable
+                             ? BackupToolError::credentialUnavailable
+                             : BackupToolError::invalidCredential);
 }
 
 std::expected<void, BackupToolError> confirm(BackupToolCredentialReading& reader, ByteView passphrase) {
-  auto repeated = reader.readRepeatedPassphrase(recoverytool::RecoveryTool::maximumCredentialByteCount);
+  auto repeated = reader.readRepeatedPassphrase(credential::BoundedCredentialRead::maximumByteCount);
   if (!repeated) return std::unexpected(BackupToolError::credentialUnavailable);
   ScopeGuard wipeRepeated{[&] { platform::SecureMemory::wipe(*repeated); }};
   if (!platform::ConstantTime::equal(passphrase, *repeated)) return std::unexpected(BackupToolError::passphraseMismatch);

@@ -17,7 +17,6 @@ BackupToolError writerError(WriterError error) {
     case WriterError::invalidLayout:
     case WriterError::randomSourceFailed:
     case WriterError::nothingToHeal:
-    case WriterError::unknownRetainedResource:
     case WriterError::summaryMismatch: return BackupToolError::operationFailed;
     case WriterError::credentialFactorUnavailable: return BackupToolError::unlockFailed;
     case WriterError::unreadablePackage:

@@ -49,11 +49,6 @@ std::string_view prompt(envelope::PortableKeyFactorV1 factor) {
   std::unreachable();
 }
 
-std::expected<Bytes, TerminalCredentialError> readHiddenPrompt(envelope::PortableKeyFactorV1 factor,
-                                                               std::int64_t maximumByteCount) {
-  return readHiddenPrompt(prompt(factor), maximumByteCount);
-}
-
 std::expected<Bytes, TerminalCredentialError> readHiddenPrompt(std::string_view promptText, std::int64_t maximumByteCount) {
   if (maximumByteCount < 0) return std::unexpected(TerminalCredentialError::unavailable);
   Bytes buffer = sizedOnce(static_cast<std::size_t>(maximumByteCount) + 1);
@@ -90,12 +85,12 @@ std::expected<Bytes, TerminalCredentialError> readRedirected(int descriptor, std
 
 }  // namespace TerminalCredentialInput
 
-std::expected<Bytes, CredentialReadingFailure> TerminalCredentialReader::read(
-    envelope::PortableKeyFactorV1 factor, CredentialInput input,
-    std::int64_t maximumByteCount) {
+std::expected<Bytes, CredentialReadingFailure> TerminalCredentialReader::read(envelope::PortableKeyFactorV1 factor,
+                                                                           CredentialInput input,
+                                                                           std::int64_t maximumByteCount) {
   auto credential = input == CredentialInput::standardInput
-                              ? TerminalCredentialInput::readRedirected(STDIN_FILENO, maximumByteCount)
-                              : TerminalCredentialInput::readHiddenPrompt(factor, maximumByteCount);
+                        ? TerminalCredentialInput::readRedirected(STDIN_FILENO, maximumByteCount)
+                        : TerminalCredentialInput::readHiddenPrompt(TerminalCredentialInput::prompt(factor), maximumByteCount);
   if (!credential) return std::unexpected(CredentialReadingFailure{});
   return std::move(*credential);
 }

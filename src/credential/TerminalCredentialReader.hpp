@@ -5,22 +5,29 @@
 // ending of redirected input), never prints it, and leaves no copy in its own buffers on any
 // way out. The result belongs to the caller, who wipes it.
 
+#include <cstddef>
 #include <cstdint>
 #include <expected>
 #include <string_view>
 
-#include "platform/Bytes.hpp"
-#include "credential/TerminalCredentialError.hpp"
 #include "credential/CredentialReading.hpp"
+#include "platform/Bytes.hpp"
 
 namespace galdrine::credential {
 
+// TerminalCredentialError: why the terminal reader obtained no credential. The tools do not
+// look at the case; both become one "could not be read securely" outcome.
+enum class TerminalCredentialError : std::uint8_t {
+  unavailable,  // no credential could be obtained on this input
+  tooLarge,     // standard input holds more bytes than allowed
+};
+
 class TerminalCredentialReader final : public CredentialReading {
  public:
-  // read takes the hidden prompt for hiddenTerminal and descriptor 0 for standardInput.
-  [[nodiscard]] std::expected<Bytes, CredentialReadingFailure> read(
-      envelope::PortableKeyFactorV1 factor, CredentialInput input,
-      std::int64_t maximumByteCount) override;
+  // read takes the factor's hidden prompt for hiddenTerminal and descriptor 0 for standardInput.
+  [[nodiscard]] std::expected<Bytes, CredentialReadingFailure> read(envelope::PortableKeyFactorV1 factor,
+                                                                    CredentialInput input,
+                                                                    std::int64_t maximumByteCount) override;
 };
 
 namespace TerminalCredentialInput {
@@ -30,14 +37,10 @@ inline constexpr std::size_t redirectedChunkByteCount = 4096;
 // prompt is the text shown before the hidden entry; it ends with one blank and no line break.
 [[nodiscard]] std::string_view prompt(envelope::PortableKeyFactorV1 factor);
 
-// readHiddenPrompt reads one line from the controlling terminal with echo off. A line longer
-// than maximumByteCount is cut to that length. No controlling terminal, an interrupted entry
-// or an empty line fail with unavailable.
-[[nodiscard]] std::expected<Bytes, TerminalCredentialError> readHiddenPrompt(envelope::PortableKeyFactorV1 factor,
-                                                                             std::int64_t maximumByteCount);
-
-// readHiddenPrompt with a text of its own shows `promptText` instead of a factor's prompt, as
-// a command does that asks for a new passphrase a second time; it reads in the same way.
+// readHiddenPrompt shows `promptText` and reads one line from the controlling terminal with
+// echo off. A line longer than maximumByteCount is cut to that length. No controlling
+// terminal, an interrupted entry or an empty line fail with unavailable. A tool that asks for
+// a new passphrase a second time reads it here with a text of its own.
 [[nodiscard]] std::expected<Bytes, TerminalCredentialError> readHiddenPrompt(std::string_view promptText,
                                                                              std::int64_t maximumByteCount);
 

@@ -4,18 +4,13 @@
 // so an entry cannot claim a factor, slot or generation its envelope does not carry.
 
 #include <expected>
-#include <variant>
+#include <utility>
 
 #include "platform/Bytes.hpp"
 #include "envelope/BackupKeyEnvelopeSetV1Error.hpp"
 #include "envelope/PortableKeyEnvelopeMetadataV1.hpp"
-#include "envelope/PortableKeyEnvelopeV1Error.hpp"
 
 namespace galdrine::envelope {
-
-// Making an entry or decoding a set fails with the set's own case, or with the envelope's
-// error as reading the envelope gave it.
-using BackupKeyEnvelopeSetV1Failure = std::variant<BackupKeyEnvelopeSetV1Error, PortableKeyEnvelopeV1Error>;
 
 class BackupKeyEnvelopeEntryV1 {
  public:

@@ -9,11 +9,10 @@
 
 #include "format/header/BackupFormatV1.hpp"
 #include "format/package/DirectorySynchronization.hpp"
-#include "platform/SHA256File.hpp"
 #include "platform/FileDescriptor.hpp"
-#include "platform/BoundedFileRead.hpp"
 #include "platform/Files.hpp"
 #include "platform/Random.hpp"
+#include "platform/SHA256.hpp"
 
 namespace galdrine::envelope {
 
@@ -28,6 +27,12 @@ using FaultHook = BackupKeyEnvelopeFileFaultHook;
 using Package = format::BackupPackageV1;
 using Set = BackupKeyEnvelopeSetV1;
 using BackupKeyEnvelopeFileV1::maximumFileByteCount;
+
+// digestBytes is the SHA-256 of `bytes` as the byte string a file read carries.
+[[nodiscard]] Bytes digestBytes(ByteView bytes) {
+  const platform::SHA256Digest digest = platform::SHA256::digest(bytes);
+  return Bytes(digest.begin(), digest.end());
+}
 
 constexpr std::string_view tmpDirectoryName = "tmp";
 
@@ -47,7 +52,7 @@ constexpr std::string_view tmpDirectoryName = "tmp";
   auto set = Set::decode(*bytes);
   if (!set) return std::unexpected(Failure(set.error()));
   if (set->packageIdentifier() != header.packageIdentifier()) return std::unexpected(Failure(Error::packageBindingMismatch));
-  return FileRead{std::move(*set), platform::SHA256File::digest(*bytes)};
+  return FileRead{std::move(*set), digestBytes(*bytes)};
 }
 
 [[nodiscard]] fs::path finalPathOf(const Package& package) { return package.packagePath() / Package::keyEnvelopesName; }
@@ -207,7 +212,7 @@ std::expected<FileRead, Error> writeAtomically(const Set& envelopeSet, const Pac
   if (!fresh) return std::unexpected(fresh.error());
   const auto encoded = envelopeSet.encoded();
   if (!encoded) return refuse(Error::publicationFailed);
-  const Bytes encodedSHA256 = platform::SHA256File::digest(*encoded);
+  const Bytes encodedSHA256 = digestBytes(*encoded);
   const auto tmp = fresh->directoryPath(tmpDirectoryName);
   if (!tmp) return refuse(Error::publicationFailed);
   const auto stagedPath = stagedPathIn(*tmp);

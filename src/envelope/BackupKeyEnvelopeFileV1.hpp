@@ -7,19 +7,59 @@
 // that file is still the one the caller read. No lock is taken; the last writer to rename
 // wins whatever race the second check leaves.
 
+#include <cstdint>
 #include <expected>
+#include <functional>
 #include <optional>
 #include <string_view>
 #include <variant>
 
 #include "format/package/BackupPackageV1.hpp"
 #include "platform/Bytes.hpp"
-#include "envelope/BackupKeyEnvelopeFileFaultPoint.hpp"
-#include "envelope/BackupKeyEnvelopeFileRead.hpp"
-#include "envelope/BackupKeyEnvelopeFileV1Error.hpp"
 #include "envelope/BackupKeyEnvelopeSetV1.hpp"
 
 namespace galdrine::envelope {
+
+// BackupKeyEnvelopeFileV1Error is why key-envelopes.cbor could not be read or replaced.
+// Cases stand in the order of the file's contract. publicationFailed promises that the current
+// file is as it was; publicationOutcomeUnknown promises nothing, and the caller must read the
+// file again.
+enum class BackupKeyEnvelopeFileV1Error : std::uint8_t {
+  envelopeFileMissing,
+  invalidEnvelopeFile,
+  packageBindingMismatch,
+  invalidExpectedDigest,
+  staleCurrentFile,
+  publicationFailed,
+  publicationOutcomeUnknown,
+};
+
+// BackupKeyEnvelopeFileRead is a key envelope set as it stood on disk, with the SHA-256 of the
+// file's bytes as read: the token a later replacement of the file must present.
+struct BackupKeyEnvelopeFileRead {
+  BackupKeyEnvelopeSetV1 envelopeSet;
+  Bytes encodedSHA256;  // 32 bytes
+
+  friend bool operator==(const BackupKeyEnvelopeFileRead&, const BackupKeyEnvelopeFileRead&) = default;
+};
+
+// BackupKeyEnvelopeFileFaultPoint names the places where a replacement of the file can be
+// stopped on purpose, in the order in which the writer passes them. Only a caller's fault hook
+// stops a write; the ordinary writer has none. A stop before the final rename fails with
+// publicationFailed and leaves the old file; a stop after it fails with
+// publicationOutcomeUnknown and leaves the new one.
+enum class BackupKeyEnvelopeFileFaultPoint : std::uint8_t {
+  afterStagingWrite,         // the staged file holds the new bytes, not yet durable
+  afterStagingSync,          // staged file and tmp directory synchronised
+  afterStagingVerification,  // the staged file was read back and matched
+  beforeFinalRename,         // the current file was checked a second time
+  afterFinalRename,          // the new file stands at the final name
+  afterDirectorySync,        // tmp and package directories synchronised
+};
+
+// The hook is asked at each point; true stops the write there. It may also change the file
+// system, standing in for another writer.
+using BackupKeyEnvelopeFileFaultHook = std::function<bool(BackupKeyEnvelopeFileFaultPoint)>;
 
 // A read fails with the file's own case, the package's failure as opening it gave it, or the
 // set's failure as decoding gave it.

@@ -4,7 +4,9 @@
 // key, missingActiveEnvelope and multipleActiveEnvelopes the factor at fault.
 
 #include <cstdint>
+#include <variant>
 
+#include "envelope/PortableKeyEnvelopeV1Error.hpp"
 #include "envelope/PortableKeyFactorV1.hpp"
 
 namespace galdrine::envelope {
@@ -59,5 +61,9 @@ struct BackupKeyEnvelopeSetV1Error {
 
   friend constexpr bool operator==(const BackupKeyEnvelopeSetV1Error&, const BackupKeyEnvelopeSetV1Error&) = default;
 };
+
+// Making an entry or decoding a set fails with the set's own case, or with the envelope's
+// error as reading the envelope gave it.
+using BackupKeyEnvelopeSetV1Failure = std::variant<BackupKeyEnvelopeSetV1Error, PortableKeyEnvelopeV1Error>;
 
 }  // namespace galdrine::envelope

@@ -4,7 +4,7 @@
 
 #include "format/sealing/BackupAuthenticatedDataV1.hpp"
 #include "format/cbor/DeterministicCBOR.hpp"
-#include "platform/SHA256File.hpp"
+#include "platform/SHA256.hpp"
 #include "envelope/PortableKeyEnvelopeV1.hpp"
 
 namespace galdrine::envelope {
@@ -17,6 +17,12 @@ using Context = PortableKeyEnvelopeContextV1;
 using AuthenticatedData = format::BackupAuthenticatedDataV1;
 namespace EnvelopeV1 = PortableKeyEnvelopeV1;
 
+// digestBytes is the SHA-256 of `bytes` as the byte string a binding carries.
+[[nodiscard]] Bytes digestBytes(ByteView bytes) {
+  const platform::SHA256Digest digest = platform::SHA256::digest(bytes);
+  return Bytes(digest.begin(), digest.end());
+}
+
 [[nodiscard]] Value text(std::string_view value) { return Value::textString(std::string(value)); }
 
 [[nodiscard]] std::optional<Bytes> encodedArray(Value::Array items) {
@@ -28,7 +34,7 @@ namespace EnvelopeV1 = PortableKeyEnvelopeV1;
 [[nodiscard]] std::optional<Bytes> headerDigest(const Context& context) {
   const auto headerData = context.header().encoded();
   if (!headerData) return std::nullopt;
-  return platform::SHA256File::digest(*headerData);
+  return digestBytes(*headerData);
 }
 
 [[nodiscard]] format::BackupAADDomainV1 domainOf(PortableKeyFactorV1 factor) {
@@ -57,7 +63,7 @@ std::optional<Bytes> kdfParameterDigest(const Metadata& metadata) {
       Value::unsignedInteger(metadata.generation()),
   });
   if (!encoded) return std::nullopt;
-  return platform::SHA256File::digest(*encoded);
+  return digestBytes(*encoded);
 }
 
 std::optional<Bytes> authenticatedData(const Metadata& metadata, const Context& context) {

@@ -3,13 +3,37 @@
 // but the sealed key, readable without a credential. A record exists only in a valid state, so
 // a factor never appears with another factor's derivation or limits.
 
+#include <array>
 #include <cstdint>
 #include <expected>
+#include <string_view>
 
+#include "format/header/BackupAlgorithmV1.hpp"
 #include "platform/Bytes.hpp"
-#include "envelope/PortableKeyDerivationV1.hpp"
+#include "platform/RawValue.hpp"
 #include "envelope/PortableKeyEnvelopeV1Error.hpp"
 #include "envelope/PortableKeyFactorV1.hpp"
+
+namespace galdrine::envelope {
+
+// PortableKeyDerivationV1 is how a portable envelope turns its credential into the frame key.
+// Each factor has exactly one derivation.
+enum class PortableKeyDerivationV1 : std::uint8_t {
+  argon2idV13,
+  hkdfSHA256,
+};
+
+}  // namespace galdrine::envelope
+
+namespace galdrine {
+
+template <>
+struct RawValueTable<envelope::PortableKeyDerivationV1> {
+  static constexpr std::array<std::string_view, 2> rawValues{rawValue(format::BackupAlgorithmV1::passphraseKDF),
+                                                             rawValue(format::BackupAlgorithmV1::recoveryKDF)};
+};
+
+}  // namespace galdrine
 
 namespace galdrine::envelope {
 

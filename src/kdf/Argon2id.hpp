@@ -8,7 +8,7 @@
 
 #include "kdf/Argon2idError.hpp"
 #include "kdf/Argon2idParameters.hpp"
-#include "kdf/SodiumRuntimeError.hpp"
+#include "kdf/SodiumRuntime.hpp"
 #include "platform/Bytes.hpp"
 
 namespace galdrine::kdf {

@@ -2,12 +2,15 @@
 // SodiumRuntime starts the library that derives passphrase keys and says which version
 // of it this process runs.
 
+#include <cstdint>
 #include <expected>
 #include <string_view>
 
-#include "kdf/SodiumRuntimeError.hpp"
-
 namespace galdrine::kdf {
+
+enum class SodiumRuntimeError : std::uint8_t {
+  initializationFailed,
+};
 
 namespace SodiumRuntime {
 

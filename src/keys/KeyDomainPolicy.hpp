@@ -3,10 +3,21 @@
 // credentials never travel with a backup; portable ones never unlock the library on a device
 // except the recovery key, which may protect both roots.
 
-#include "keys/KeyProtectionFactor.hpp"
-#include "keys/WrappedRootKey.hpp"
+#include <cstdint>
 
 namespace galdrine::keys {
+
+// KeyProtectionFactor: the credentials that may protect a root key.
+enum class KeyProtectionFactor : std::uint8_t {
+  localPassphrase,
+  numericAppCodeWithDeviceBinding,
+  biometricDeviceKey,
+  backupPassphrase,
+  recoveryKey,
+};
+
+// WrappedRootKey: the root keys that a credential may wrap.
+enum class WrappedRootKey : std::uint8_t { libraryMaster, backupPackageMaster };
 
 namespace KeyDomainPolicy {
 

@@ -13,15 +13,27 @@
 #include <memory>
 #include <utility>
 
-#include "keys/GeneratedLibraryKeyHierarchy.hpp"
-#include "keys/GeneratedLocalResourceKey.hpp"
 #include "keys/KeyHandle.hpp"
 #include "keys/KeyMaterialError.hpp"
 #include "keys/LibraryDomainIdentifier.hpp"
-#include "keys/LibraryRole.hpp"
+#include "keys/LibraryKeyDomain.hpp"
 #include "keys/LocalKeyIdentifier.hpp"
 
 namespace galdrine::keys {
+
+// GeneratedLibraryKeyHierarchy: the keys of a new library, each in its own storage.
+struct GeneratedLibraryKeyHierarchy {
+  LibraryKeyDomain domain;
+  LibraryMasterKeyHandle libraryMasterKey;
+  LocalKeyIdentifier databaseKeyIdentifier;
+  DatabaseKeyHandle databaseKey;
+};
+
+// GeneratedLocalResourceKey: a new resource key and its identifier.
+struct GeneratedLocalResourceKey {
+  LocalKeyIdentifier keyIdentifier;
+  LocalResourceKeyHandle key;
+};
 
 class KeyHierarchyFactory {
  public:

@@ -6,10 +6,24 @@
 #include <cstdint>
 #include <expected>
 
-#include "keys/LibraryDomainIdentifierError.hpp"
 #include "platform/Bytes.hpp"
 
 namespace galdrine::keys {
+
+struct LibraryDomainIdentifierError {
+  enum class Code : std::uint8_t { invalidByteCount };
+
+  Code code;
+  std::int64_t expected = 0;
+  std::int64_t actual = 0;
+
+  static constexpr LibraryDomainIdentifierError invalidByteCount(std::int64_t expected, std::int64_t actual) {
+    return {Code::invalidByteCount, expected, actual};
+  }
+
+  friend constexpr bool operator==(const LibraryDomainIdentifierError&,
+                                   const LibraryDomainIdentifierError&) = default;
+};
 
 class LibraryDomainIdentifier {
  public:

@@ -2,12 +2,14 @@
 // LibraryIsolationPolicy keeps a primary and a decoy library apart: they must differ in
 // role and must not share a key domain, or one library's keys could open the other's data.
 
+#include <cstdint>
 #include <expected>
 
-#include "keys/LibraryIsolationError.hpp"
 #include "keys/LibraryKeyDomain.hpp"
 
 namespace galdrine::keys {
+
+enum class LibraryIsolationError : std::uint8_t { duplicateRole, reusedDomainIdentifier };
 
 namespace LibraryIsolationPolicy {
 

@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "platform/SecureMemory.hpp"
-#include "keys/KeyManagementResourceBundle.hpp"
 #include "keys/RecoveryKeyVocabulary.hpp"
 #include "platform/Random.hpp"
 #include "platform/SHA256.hpp"
@@ -78,10 +77,9 @@ std::expected<std::string, platform::UnicodeTextError> normalisedText(std::strin
   return lowered;
 }
 
-std::expected<Bytes, Error> entropyFromWords(const std::vector<std::string_view>& words,
-                                             const std::filesystem::path& wordListFile) {
-  const auto vocabulary = RecoveryKeyVocabulary::load(wordListFile);
-  if (!vocabulary) return std::unexpected(vocabulary.error());
+std::expected<Bytes, Error> entropyFromWords(const std::vector<std::string_view>& words, ByteView wordList) {
+  const auto vocabulary = RecoveryKeyVocabulary::load(wordList);
+  if (!vocabulary) return std::unexpected(Error::invalidWordList());
   ChecksummedEntropy bits{};
   const ScopeGuard wipeBits{[&bits] { platform::SecureMemory::wipe(bits); }};
   for (std::size_t position = 0; position < wordCount; ++position) {
@@ -104,31 +102,30 @@ std::expected<Value, RecoveryKeyMnemonicV1Failure> asFailure(const Error& error)
 namespace RecoveryKeyMnemonicV1 {
 
 std::expected<std::string, RecoveryKeyMnemonicV1Failure> generatePhrase() {
-  return generatePhrase(KeyManagementResourceBundle::wordListFile());
+  return generatePhrase(RecoveryKeyVocabulary::publishedList());
 }
 
-std::expected<std::string, RecoveryKeyMnemonicV1Failure> generatePhrase(const std::filesystem::path& wordListFile) {
+std::expected<std::string, RecoveryKeyMnemonicV1Failure> generatePhrase(ByteView wordList) {
   std::array<std::uint8_t, entropyByteCount> drawn{};
   const ScopeGuard wipeDrawn{[&drawn] { platform::SecureMemory::wipe(drawn); }};
   const std::int32_t status = platform::Random::fill(drawn);
   if (status != 0) return std::unexpected(KeyMaterialError::randomGenerationFailed(status));
-  auto words = phrase(drawn, wordListFile);
+  auto words = phrase(drawn, wordList);
   if (!words) return asFailure<std::string>(words.error());
   return std::move(*words);
 }
 
 std::expected<std::string, RecoveryKeyMnemonicV1Error> phrase(ByteView entropy) {
-  return phrase(entropy, KeyManagementResourceBundle::wordListFile());
+  return phrase(entropy, RecoveryKeyVocabulary::publishedList());
 }
 
-std::expected<std::string, RecoveryKeyMnemonicV1Error> phrase(ByteView entropy,
-                                                                      const std::filesystem::path& wordListFile) {
+std::expected<std::string, RecoveryKeyMnemonicV1Error> phrase(ByteView entropy, ByteView wordList) {
   if (entropy.size() != entropyByteCount) {
     return std::unexpected(Error::invalidEntropyByteCount(RecoveryKeyMnemonicV1::entropyByteCount,
                                                           static_cast<std::int64_t>(entropy.size())));
   }
-  const auto vocabulary = RecoveryKeyVocabulary::load(wordListFile);
-  if (!vocabulary) return std::unexpected(vocabulary.error());
+  const auto vocabulary = RecoveryKeyVocabulary::load(wordList);
+  if (!vocabulary) return std::unexpected(Error::invalidWordList());
   ChecksummedEntropy bits{};
   const ScopeGuard wipeBits{[&bits] { platform::SecureMemory::wipe(bits); }};
   std::ranges::copy(entropy, bits.begin());
@@ -137,11 +134,10 @@ std::expected<std::string, RecoveryKeyMnemonicV1Error> phrase(ByteView entropy,
 }
 
 std::expected<Bytes, RecoveryKeyMnemonicV1Error> entropy(std::string_view phrase) {
-  return entropy(phrase, KeyManagementResourceBundle::wordListFile());
+  return entropy(phrase, RecoveryKeyVocabulary::publishedList());
 }
 
-std::expected<Bytes, RecoveryKeyMnemonicV1Error> entropy(std::string_view phrase,
-                                                                 const std::filesystem::path& wordListFile) {
+std::expected<Bytes, RecoveryKeyMnemonicV1Error> entropy(std::string_view phrase, ByteView wordList) {
   auto normalised = normalisedText(phrase);
   const ScopeGuard wipeNormalised{[&normalised] {
     if (normalised) platform::SecureMemory::wipe(*normalised);
@@ -153,16 +149,16 @@ std::expected<Bytes, RecoveryKeyMnemonicV1Error> entropy(std::string_view phrase
     return std::unexpected(
         Error::invalidWordCount(RecoveryKeyMnemonicV1::wordCount, static_cast<std::int64_t>(count)));
   }
-  return entropyFromWords(*words, wordListFile);
+  return entropyFromWords(*words, wordList);
 }
 
 std::expected<RecoveryKeyHandle, RecoveryKeyMnemonicV1Failure> recoveryKey(std::string_view phrase) {
-  return recoveryKey(phrase, KeyManagementResourceBundle::wordListFile());
+  return recoveryKey(phrase, RecoveryKeyVocabulary::publishedList());
 }
 
-std::expected<RecoveryKeyHandle, RecoveryKeyMnemonicV1Failure> recoveryKey(
-    std::string_view phrase, const std::filesystem::path& wordListFile) {
-  auto decoded = entropy(phrase, wordListFile);
+std::expected<RecoveryKeyHandle, RecoveryKeyMnemonicV1Failure> recoveryKey(std::string_view phrase,
+                                                                           ByteView wordList) {
+  auto decoded = entropy(phrase, wordList);
   if (!decoded) return asFailure<RecoveryKeyHandle>(decoded.error());
   const ScopeGuard wipeDecoded{[&decoded] { platform::SecureMemory::wipe(*decoded); }};
   auto storage = SecretKeyStorage::make(*decoded);

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "platform/BoundedFileRead.hpp"
 #include "platform/Bytes.hpp"
 #include "platform/SHA256.hpp"
 #include "platform/UTF8.hpp"
@@ -10,8 +9,6 @@
 namespace galdrine::keys {
 
 namespace {
-
-using Vocabulary = RecoveryKeyVocabulary;
 
 std::vector<std::string> nonEmptyLines(std::string_view text) {
   std::vector<std::string> lines;
@@ -31,15 +28,11 @@ bool isStrictlyAscending(const std::vector<std::string>& words) {
 
 }  // namespace
 
-std::expected<RecoveryKeyVocabulary, RecoveryKeyMnemonicV1Error> RecoveryKeyVocabulary::load(
-    const std::filesystem::path& file) {
-  const auto invalid = std::unexpected(RecoveryKeyMnemonicV1Error::invalidWordList());
-  const auto bytes = platform::Files::readBoundedRegularFile(file, 0, maximumFileByteCount);
-  if (!bytes) return invalid;
-  if (ByteText::lowerHex(platform::SHA256::digest(*bytes)) != fileSHA256) return invalid;
-  if (!platform::UTF8::isValid(*bytes)) return invalid;
-  std::vector<std::string> words = nonEmptyLines(ByteText::text(*bytes));
-  if (words.size() != wordCount || !isStrictlyAscending(words)) return invalid;
+std::optional<RecoveryKeyVocabulary> RecoveryKeyVocabulary::load(ByteView list) {
+  if (ByteText::lowerHex(platform::SHA256::digest(list)) != fileSHA256) return std::nullopt;
+  if (!platform::UTF8::isValid(list)) return std::nullopt;
+  std::vector<std::string> words = nonEmptyLines(ByteText::text(list));
+  if (words.size() != wordCount || !isStrictlyAscending(words)) return std::nullopt;
   return RecoveryKeyVocabulary(std::move(words));
 }
 

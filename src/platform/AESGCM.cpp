@@ -1,12 +1,13 @@
 #include "platform/AESGCM.hpp"
 
-#include <sodium.h>
 #include <openssl/err.h>
 #include <openssl/evp.h>
 
 #include <array>
 #include <climits>
 #include <memory>
+
+#include "platform/SecureMemory.hpp"
 
 namespace galdrine::platform {
 
@@ -93,13 +94,13 @@ bool seal(ByteView key, ByteView nonce, ByteView authenticatedData, ByteView pla
 bool open(ByteView key, ByteView nonce, ByteView authenticatedData, ByteView ciphertext, ByteView tag,
           std::span<std::uint8_t> plaintext) {
   if (!sizesFit(key, nonce, ciphertext.size(), plaintext.size(), tag.size())) {
-    if (!plaintext.empty()) sodium_memzero(plaintext.data(), plaintext.size());
+    SecureMemory::wipe(plaintext);
     return false;
   }
   const bool opened = openWithContext(key, nonce, authenticatedData, ciphertext, tag, plaintext);
   ERR_clear_error();
   // Decryption writes plaintext before the tag is checked; none of it may outlive a failure.
-  if (!opened && !plaintext.empty()) sodium_memzero(plaintext.data(), plaintext.size());
+  if (!opened) SecureMemory::wipe(plaintext);
   return opened;
 }
 

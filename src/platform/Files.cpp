@@ -6,7 +6,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <limits>
+
+#include "platform/FileDescriptor.hpp"
 
 namespace galdrine::platform {
 
@@ -24,6 +27,17 @@ constexpr std::size_t readStepByteCount = 65536;
 [[nodiscard]] bool isRegularFile(int directory, const std::filesystem::path& name) {
   struct stat status{};
   return ::fstatat(directory, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISREG(status.st_mode);
+}
+
+// fileSystemRefusesNoReplaceFlag tells whether a renameat2 errno means that the file system
+// does not offer RENAME_NOREPLACE, rather than that the move itself is wrong.
+[[nodiscard]] constexpr bool fileSystemRefusesNoReplaceFlag(int errorNumber) {
+  return errorNumber == EINVAL || errorNumber == ENOSYS;
+}
+
+[[nodiscard]] std::unexpected<BoundedFileReadFault> fault(BoundedFileReadFault::Kind kind,
+                                                          std::int32_t errorNumber = 0) {
+  return std::unexpected(BoundedFileReadFault{kind, errorNumber});
 }
 
 }  // namespace
@@ -72,6 +86,25 @@ std::expected<Bytes, FileError> readUpTo(int descriptor, std::size_t maximumByte
   return bytes;
 }
 
+std::expected<Bytes, BoundedFileReadFault> readBoundedRegularFile(const std::filesystem::path& filePath,
+                                                                 std::size_t minimumByteCount,
+                                                                 std::size_t maximumByteCount) {
+  using Kind = BoundedFileReadFault::Kind;
+  // Non-blocking, so that a pipe put in the file's place cannot stall the open.
+  const auto descriptor = FileDescriptor::open(filePath, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
+  if (!descriptor) return fault(Kind::openFailed, descriptor.error().errorNumber);
+  struct stat status {};
+  if (::fstat(descriptor->get(), &status) != 0) return fault(Kind::statusFailed, errno);
+  if (!S_ISREG(status.st_mode)) return fault(Kind::notRegularFile);
+  const auto size = static_cast<std::uint64_t>(status.st_size);
+  if (status.st_size < 0 || size < minimumByteCount || size > maximumByteCount) return fault(Kind::sizeOutOfRange);
+  // One byte past the bound tells a file that grew after fstat from one that did not.
+  const auto bytes = readUpTo(descriptor->get(), maximumByteCount + 1);
+  if (!bytes) return fault(Kind::readFailed, bytes.error().errorNumber);
+  if (bytes->size() != size) return fault(Kind::sizeChanged);
+  return *bytes;
+}
+
 std::expected<void, FileError> moveRefusingExistingTarget(int sourceDirectory,
                                                                          const std::filesystem::path& sourceName,
                                                                          int targetDirectory,
@@ -86,9 +119,9 @@ std::expected<void, FileError> moveRefusingExistingTarget(int sourceDirectory,
   return moveRegularFileByLinking(sourceDirectory, sourceName, targetDirectory, targetName);
 }
 
-std::expected<void, FileError> moveRefusingExistingTarget(const std::filesystem::path& source,
-                                                                         const std::filesystem::path& target) {
-  return moveRefusingExistingTarget(AT_FDCWD, source, AT_FDCWD, target);
+std::expected<void, FileError> moveRefusingExistingTarget(const std::filesystem::path& sourcePath,
+                                                          const std::filesystem::path& targetPath) {
+  return moveRefusingExistingTarget(AT_FDCWD, sourcePath, AT_FDCWD, targetPath);
 }
 
 std::expected<void, FileError> moveRegularFileByLinking(int sourceDirectory,

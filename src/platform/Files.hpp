@@ -1,8 +1,8 @@
 #pragma once
-// Files: the small file operations every writer and reader needs, over raw
-// descriptors. Each failure gives the errno of the call that failed, and nothing else.
+// Files: the small file operations every writer and reader needs, over raw descriptors,
+// and the one bounded read of a whole small file. Each failure gives the errno of the call
+// that failed, and nothing else.
 
-#include <cerrno>
 #include <cstddef>
 #include <cstdint>
 #include <expected>
@@ -12,6 +12,24 @@
 #include "platform/FileError.hpp"
 
 namespace galdrine::platform {
+
+// BoundedFileReadFault says which step of readBoundedRegularFile refused the file; each caller
+// maps it to its own error.
+struct BoundedFileReadFault {
+  enum class Kind : std::uint8_t {
+    openFailed,      // errorNumber says why; ELOOP for a symbolic link, ENOENT for nothing there
+    statusFailed,    // fstat failed; errorNumber says why
+    notRegularFile,  // a directory, device, pipe or socket
+    sizeOutOfRange,  // the size seen by fstat lies outside the caller's range
+    readFailed,      // errorNumber says why
+    sizeChanged,     // the bytes read differ in number from the size seen before
+  };
+
+  Kind kind;
+  std::int32_t errorNumber = 0;
+
+  friend constexpr bool operator==(const BoundedFileReadFault&, const BoundedFileReadFault&) = default;
+};
 
 namespace Files {
 
@@ -33,6 +51,15 @@ void startWriteBack(int descriptor, std::uint64_t offset, std::uint64_t byteCoun
 // longer file asks for one byte more than it accepts and checks the size.
 [[nodiscard]] std::expected<Bytes, FileError> readUpTo(int descriptor, std::size_t maximumByteCount);
 
+// readBoundedRegularFile is the one way a small file of untrusted content is read whole: the
+// path is opened read-only without following a final symbolic link, the open descriptor must
+// be a regular file whose size lies within the caller's range, at most one byte more than the
+// upper bound is ever read, and the bytes read must number exactly the size seen before. The
+// descriptor is closed on every path; on a fault no byte of the file is given.
+[[nodiscard]] std::expected<Bytes, BoundedFileReadFault> readBoundedRegularFile(const std::filesystem::path& filePath,
+                                                                                std::size_t minimumByteCount,
+                                                                                std::size_t maximumByteCount);
+
 // moveRefusingExistingTarget renames `sourceName` (under `sourceDirectory`) to `targetName`
 // (under `targetDirectory`) and fails with EEXIST if anything, a dangling symbolic link
 // included, stands at the target. The kernel decides (renameat2 with RENAME_NOREPLACE), so no
@@ -45,13 +72,7 @@ void startWriteBack(int descriptor, std::uint64_t offset, std::uint64_t byteCoun
     const std::filesystem::path& targetName);
 
 [[nodiscard]] std::expected<void, FileError> moveRefusingExistingTarget(
-    const std::filesystem::path& source, const std::filesystem::path& target);
-
-// fileSystemRefusesNoReplaceFlag tells whether a renameat2 errno means that the file system
-// does not offer RENAME_NOREPLACE, rather than that the move itself is wrong.
-[[nodiscard]] constexpr bool fileSystemRefusesNoReplaceFlag(int errorNumber) {
-  return errorNumber == EINVAL || errorNumber == ENOSYS;
-}
+    const std::filesystem::path& sourcePath, const std::filesystem::path& targetPath);
 
 // moveRegularFileByLinking moves a regular file with a hard link at the target, which refuses
 // an existing target with EEXIST, then removes the source name. If the source name cannot be

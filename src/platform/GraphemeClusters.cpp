@@ -7,7 +7,6 @@
 #include <unicode/utext.h>
 
 #include "platform/UTF8.hpp"
-#include "platform/UnicodeText.hpp"
 
 namespace galdrine::platform {
 
@@ -66,12 +65,6 @@ std::expected<std::vector<std::string_view>, UnicodeTextError> clusters(std::str
     result.push_back(text.substr((*offsets)[index - 1], (*offsets)[index] - (*offsets)[index - 1]));
   }
   return result;
-}
-
-std::expected<std::size_t, UnicodeTextError> count(std::string_view text) {
-  const auto offsets = boundaries(text);
-  if (!offsets) return std::unexpected(offsets.error());
-  return offsets->empty() ? 0 : offsets->size() - 1;
 }
 
 std::expected<std::string_view, UnicodeTextError> truncatedToUTF8ByteCount(std::string_view text,

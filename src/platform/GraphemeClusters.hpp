@@ -1,5 +1,5 @@
 #pragma once
-// GraphemeClusters counts and cuts UTF-8 text by user-perceived characters: extended
+// GraphemeClusters splits and cuts UTF-8 text by user-perceived characters: extended
 // grapheme clusters with the root locale's rules. "e" with a combining acute, a flag, and a
 // family emoji joined by zero width joiners are one character each.
 //
@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/UnicodeTextError.hpp"
+#include "platform/UnicodeText.hpp"
 
 namespace galdrine::platform {
 
@@ -20,8 +20,6 @@ namespace GraphemeClusters {
 // clusters gives the characters of `text` in order, as views into `text`: the caller keeps
 // `text` alive while it uses them. Their concatenation is `text`.
 [[nodiscard]] std::expected<std::vector<std::string_view>, UnicodeTextError> clusters(std::string_view text);
-
-[[nodiscard]] std::expected<std::size_t, UnicodeTextError> count(std::string_view text);
 
 // truncatedToUTF8ByteCount gives the longest prefix of whole characters whose UTF-8 length is
 // at most `maximumUTF8ByteCount`. A character is never cut in two, so the result may be

@@ -4,9 +4,10 @@
 #include <openssl/err.h>
 #include <openssl/kdf.h>
 #include <openssl/params.h>
-#include <sodium.h>
 
 #include <memory>
+
+#include "platform/SecureMemory.hpp"
 
 namespace galdrine::platform {
 
@@ -52,7 +53,7 @@ namespace HKDF {
 bool deriveSHA256(ByteView inputKeyMaterial, ByteView salt, ByteView info, std::span<std::uint8_t> output) {
   const bool derived = !output.empty() && derive(inputKeyMaterial, salt, info, output);
   ERR_clear_error();
-  if (!derived && !output.empty()) sodium_memzero(output.data(), output.size());
+  if (!derived) SecureMemory::wipe(output);
   return derived;
 }
 

@@ -8,14 +8,19 @@
 // A key is written only if the document holds it, so an absent optional is left out by not
 // putting it in; a null is never written unless the document holds one.
 
+#include <cstdint>
 #include <expected>
 #include <string>
 
 #include <nlohmann/json_fwd.hpp>
 
-#include "platform/JSONTextError.hpp"
-
 namespace galdrine::platform {
+
+// JSONTextError: a document could not be written as text. The only cause is a string in it
+// that is not valid UTF-8, which is refused rather than altered.
+enum class JSONTextError : std::uint8_t {
+  invalidUTF8,
+};
 
 namespace JSONText {
 

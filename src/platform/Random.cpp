@@ -2,12 +2,13 @@
 
 #include <openssl/err.h>
 #include <openssl/rand.h>
-#include <sodium.h>
 
+#include <algorithm>
 #include <array>
 #include <climits>
 
 #include "platform/Bytes.hpp"
+#include "platform/SecureMemory.hpp"
 
 namespace galdrine::platform {
 
@@ -19,7 +20,7 @@ std::int32_t fill(std::span<std::uint8_t> bytes) {
     const std::size_t pieceByteCount = std::min<std::size_t>(bytes.size() - offset, INT_MAX);
     if (RAND_bytes(bytes.data() + offset, static_cast<int>(pieceByteCount)) != 1) {
       ERR_clear_error();
-      sodium_memzero(bytes.data(), bytes.size());
+      SecureMemory::wipe(bytes);
       return -1;
     }
     offset += pieceByteCount;

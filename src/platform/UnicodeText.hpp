@@ -9,13 +9,20 @@
 // refuses; it never gives a partial result.
 
 #include <cstddef>
+#include <cstdint>
 #include <expected>
 #include <string>
 #include <string_view>
 
-#include "platform/UnicodeTextError.hpp"
-
 namespace galdrine::platform {
+
+// UnicodeTextError is the one failure of the Unicode text services, GraphemeClusters included.
+// Text is always UTF-8 at their boundary; nothing is repaired or guessed.
+enum class UnicodeTextError : std::uint8_t {
+  invalidUTF8,        // the input is not strict UTF-8
+  textTooLong,        // the input exceeds UnicodeText::maximumUTF8ByteCount
+  textServiceFailed,  // the Unicode library refused (out of memory, missing data)
+};
 
 namespace UnicodeText {
 

@@ -1,14 +1,36 @@
 #pragma once
 // Command is one parsed command line. Each case is a record of its own, so running a command
-// is a visit that the compiler checks for completeness.
+// is a visit that the compiler checks for completeness. Every path in it is absolute and
+// standardised (platform::FilePath::fromArgument).
 
 #include <filesystem>
+#include <string>
 #include <variant>
 
-#include "recoverytool/ExportRequest.hpp"
-#include "recoverytool/RecoveryRequest.hpp"
+#include "credential/CredentialInput.hpp"
+#include "envelope/PortableKeyFactorV1.hpp"
 
 namespace galdrine::recoverytool {
+
+// RecoveryRequest is what inspect and export share: the package, the factor to unlock with
+// and where the credential comes from.
+struct RecoveryRequest {
+  std::filesystem::path packagePath;
+  envelope::PortableKeyFactorV1 factor = envelope::PortableKeyFactorV1::backupPassphrase;
+  credential::CredentialInput credentialInput = credential::CredentialInput::hiddenTerminal;
+
+  friend bool operator==(const RecoveryRequest&, const RecoveryRequest&) = default;
+};
+
+// ExportRequest is an export's command line: the recovery request, the selection code of the
+// snapshot (64 lower-case hexadecimal digits, checked by the parser) and the destination.
+struct ExportRequest {
+  RecoveryRequest recovery;
+  std::string selectionCode;
+  std::filesystem::path destinationPath;
+
+  friend bool operator==(const ExportRequest&, const ExportRequest&) = default;
+};
 
 struct Command {
   struct VerifyGolden {

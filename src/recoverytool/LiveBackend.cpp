@@ -9,7 +9,6 @@
 #include "platform/UTF8.hpp"
 #include "recovery/export/RecoveryExporter.hpp"
 #include "recovery/inspection/RecoveryPackageInspector.hpp"
-#include "recoverytool/LiveBackendErrorMapping.hpp"
 
 namespace galdrine::recoverytool {
 
@@ -56,19 +55,34 @@ using EngineDisposition = recovery::RecoveryBranchDispositionV1;
   return converted;
 }
 
+// toolInspection is the engine's inspection in the tool's records.
+[[nodiscard]] RecoveryToolInspection toolInspection(const recovery::RecoveryPackageInspection& inspection) {
+  RecoveryToolInspection converted;
+  converted.packageIdentifier = inspection.packageIdentifier;
+  converted.formatIdentifier = inspection.formatIdentifier;
+  converted.formatVersion = inspection.formatVersion;
+  converted.unlockedFactor = inspection.unlockedFactor;
+  converted.branchDisposition = toolDisposition(inspection.branchDisposition);
+  for (const auto& branch : inspection.preservedBranches) converted.branches.push_back(toolBranch(branch));
+  for (const auto& snapshot : inspection.authenticatedSnapshots) converted.snapshots.push_back(toolSnapshot(snapshot));
+  converted.authenticatedCommitCount = inspection.authenticatedCommitCount;
+  converted.authenticatedHeadCount = inspection.authenticatedHeadCount;
+  converted.maximumWriterEpoch = inspection.maximumWriterEpoch;
+  return converted;
+}
+
 // withCredentialBytes hands the engine what the factor calls for, built from the credential,
 // and wipes it after the call whatever came of it: a copy of the passphrase bytes, or the
-// recovery key's 32 bytes.
-template <typename Result, typename Call, typename MapKeyError>
-[[nodiscard]] std::expected<Result, RecoveryToolError> withCredentialBytes(Factor factor, ByteView credential, Call call,
-                                                                         MapKeyError mapKeyError) {
+// recovery key's 32 bytes. Words that make no key fail as an inspection would.
+template <typename Result, typename Call>
+[[nodiscard]] std::expected<Result, RecoveryToolError> withCredentialBytes(Factor factor, ByteView credential, Call call) {
   if (factor == Factor::backupPassphrase) {
     Bytes passphrase(credential.begin(), credential.end());
     ScopeGuard wipePassphrase{[&] { platform::SecureMemory::wipe(passphrase); }};
     return call(factor, ByteView(passphrase));
   }
   auto recoveryKey = LiveBackend::recoveryKey(credential);
-  if (!recoveryKey) return std::unexpected(mapKeyError(recoveryKey.error()));
+  if (!recoveryKey) return std::unexpected(LiveBackend::mapInspectionError(recoveryKey.error()));
   ScopeGuard wipeKey{[&] { platform::SecureMemory::wipe(*recoveryKey); }};
   return call(factor, ByteView(*recoveryKey));
 }
@@ -83,34 +97,16 @@ std::expected<Bytes, RecoveryToolBackendError> LiveBackend::recoveryKey(ByteView
   return std::move(*entropy);
 }
 
-RecoveryToolInspection LiveBackend::toolInspection(const recovery::RecoveryPackageInspection& inspection) {
-  RecoveryToolInspection converted;
-  converted.packageIdentifier = inspection.packageIdentifier;
-  converted.formatIdentifier = inspection.formatIdentifier;
-  converted.formatVersion = inspection.formatVersion;
-  converted.unlockedFactor = inspection.unlockedFactor == envelope::PortableKeyFactorV1::backupPassphrase
-                                 ? Factor::backupPassphrase
-                                 : Factor::recoveryKey;
-  converted.branchDisposition = toolDisposition(inspection.branchDisposition);
-  for (const auto& branch : inspection.preservedBranches) converted.branches.push_back(toolBranch(branch));
-  for (const auto& snapshot : inspection.authenticatedSnapshots) converted.snapshots.push_back(toolSnapshot(snapshot));
-  converted.authenticatedCommitCount = inspection.authenticatedCommitCount;
-  converted.authenticatedHeadCount = inspection.authenticatedHeadCount;
-  converted.maximumWriterEpoch = inspection.maximumWriterEpoch;
-  return converted;
-}
-
 std::expected<RecoveryToolInspection, RecoveryToolError> LiveBackend::inspect(const fs::path& packagePath, Factor factor,
                                                                               ByteView credential) {
   const auto call = [&](Factor usedFactor, ByteView secret) -> std::expected<RecoveryToolInspection, RecoveryToolError> {
     const auto inspection = usedFactor == Factor::backupPassphrase
                                 ? recovery::RecoveryPackageInspector::inspectWithBackupPassphrase(packagePath, secret)
                                 : recovery::RecoveryPackageInspector::inspectWithRecoveryKey(packagePath, secret);
-    if (!inspection) return std::unexpected(LiveBackendErrorMapping::mapInspectionError(inspection.error()));
+    if (!inspection) return std::unexpected(mapInspectionError(inspection.error()));
     return toolInspection(*inspection);
   };
-  return withCredentialBytes<RecoveryToolInspection>(
-      factor, credential, call, [](RecoveryToolBackendError error) { return LiveBackendErrorMapping::mapInspectionError(error); });
+  return withCredentialBytes<RecoveryToolInspection>(factor, credential, call);
 }
 
 std::expected<recovery::RecoveryExportResult, RecoveryToolError> LiveBackend::exportSnapshot(
@@ -122,11 +118,48 @@ std::expected<recovery::RecoveryExportResult, RecoveryToolError> LiveBackend::ex
                                                                               destinationPath)
                       : recovery::RecoveryExporter::exportWithRecoveryKey(packagePath, secret, selectedCommitIdentifier,
                                                                          destinationPath);
-    if (!result) return std::unexpected(LiveBackendErrorMapping::mapExportError(result.error()));
+    if (!result) return std::unexpected(mapExportError(result.error()));
     return std::move(*result);
   };
-  return withCredentialBytes<recovery::RecoveryExportResult>(
-      factor, credential, call, [](RecoveryToolBackendError error) { return LiveBackendErrorMapping::mapInspectionError(error); });
+  return withCredentialBytes<recovery::RecoveryExportResult>(factor, credential, call);
+}
+
+RecoveryToolError LiveBackend::mapInspectionError(const keys::RecoveryKeyMnemonicV1Error&) {
+  return RecoveryToolError::invalidCredential;
+}
+
+RecoveryToolError LiveBackend::mapInspectionError(recovery::RecoveryPackageInspectorError error) {
+  using Error = recovery::RecoveryPackageInspectorError;
+  switch (error) {
+    case Error::invalidPackage: return RecoveryToolError::invalidPackage;
+    case Error::unlockFailed: return RecoveryToolError::unlockFailed;
+    case Error::packageUnavailable: return RecoveryToolError::packageUnavailable;
+    case Error::resourceLimitExceeded: return RecoveryToolError::resourceLimitExceeded;
+    case Error::integrityFailure: return RecoveryToolError::integrityFailure;
+  }
+  return RecoveryToolError::integrityFailure;
+}
+
+RecoveryToolError LiveBackend::mapInspectionError(RecoveryToolBackendError error) {
+  switch (error) {
+    case RecoveryToolBackendError::invalidCredential: return RecoveryToolError::invalidCredential;
+  }
+  return RecoveryToolError::integrityFailure;
+}
+
+RecoveryToolError LiveBackend::mapExportError(recovery::RecoveryExporterError error) {
+  using Error = recovery::RecoveryExporterError;
+  switch (error) {
+    case Error::invalidPackage: return RecoveryToolError::invalidPackage;
+    case Error::unlockFailed: return RecoveryToolError::unlockFailed;
+    case Error::snapshotNotFound: return RecoveryToolError::snapshotSelectionNotFound;
+    case Error::destinationExists: return RecoveryToolError::destinationExists;
+    case Error::destinationUnavailable: return RecoveryToolError::destinationUnavailable;
+    case Error::resourceLimitExceeded: return RecoveryToolError::resourceLimitExceeded;
+    case Error::integrityFailure: return RecoveryToolError::integrityFailure;
+    case Error::outputWriteFailed: return RecoveryToolError::outputWriteFailed;
+  }
+  return RecoveryToolError::integrityFailure;
 }
 
 }  // namespace galdrine::recoverytool

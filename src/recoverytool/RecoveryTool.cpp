@@ -5,16 +5,16 @@
 #include <utility>
 #include <variant>
 
+#include "fixtures/RecoveryFixtureVerifier.hpp"
 #include "format/header/BackupFormatHeaderV1.hpp"
 #include "format/header/BackupFormatV1.hpp"
-#include "platform/SecureMemory.hpp"
 #include "platform/ScopeGuard.hpp"
-#include "fixtures/RecoveryFixtureVerifier.hpp"
-#include "recoverytool/RecoveryToolDocumentOutput.hpp"
-#include "recoverytool/RecoveryToolSelectionCode.hpp"
+#include "platform/SecureMemory.hpp"
 #include "recoverytool/LiveBackend.hpp"
 #include "recoverytool/RecoveryToolCommandParser.hpp"
+#include "recoverytool/RecoveryToolDocumentOutput.hpp"
 #include "recoverytool/RecoveryToolFailureOutput.hpp"
+#include "recoverytool/RecoveryToolSelectionCode.hpp"
 #include "recoverytool/RecoveryToolUsage.hpp"
 
 namespace galdrine::recoverytool {
@@ -68,6 +68,18 @@ Outcome verifyFixtures(const std::filesystem::path& indexPath) {
   return standardOutput("Galdrine recovery verified " + std::to_string(result->fixtureCount) +
                         " compatibility fixtures and " + std::to_string(result->productionVectorCount) +
                         " production vectors.\n");
+}
+
+// readCredential is the bounded read, its two outcomes named in this tool's terms.
+std::expected<Bytes, RecoveryToolError> readCredential(credential::CredentialReading& reader,
+                                                       const RecoveryRequest& request) {
+  auto credential = credential::BoundedCredentialRead::read(reader, request.factor, request.credentialInput);
+  if (credential) return std::move(*credential);
+  switch (credential.error()) {
+    case credential::BoundedCredentialReadError::unavailable: return std::unexpected(RecoveryToolError::credentialUnavailable);
+    case credential::BoundedCredentialReadError::invalid: return std::unexpected(RecoveryToolError::invalidCredential);
+  }
+  std::unreachable();
 }
 
 Outcome inspect(const RecoveryRequest& request, credential::CredentialReading& reader, RecoveryToolBackend& backend) {
@@ -125,30 +137,15 @@ Outcome run(const Command& command, credential::CredentialReading& reader, Recov
 
 }  // namespace
 
-std::expected<Bytes, RecoveryToolError> readCredential(credential::CredentialReading& credentialReader,
-                                                       const RecoveryRequest& request) {
-  auto read = credentialReader.read(request.factor, request.credentialInput, maximumCredentialByteCount);
-  if (!read) return std::unexpected(RecoveryToolError::credentialUnavailable);
-  Bytes credential = std::move(*read);
-  // The reader is trusted with nothing, not even with its own bound.
-  if (credential.empty() || credential.size() > static_cast<std::size_t>(maximumCredentialByteCount)) {
-    platform::SecureMemory::wipe(credential);
-    return std::unexpected(RecoveryToolError::invalidCredential);
-  }
-  return credential;
-}
-
-RecoveryToolExecution execute(std::span<const std::string> arguments,
-                                        credential::CredentialReading& credentialReader,
-                                        RecoveryToolBackend& backend) {
+RecoveryToolExecution execute(std::span<const std::string> arguments, credential::CredentialReading& credentialReader,
+                              RecoveryToolBackend& backend) {
   auto command = RecoveryToolCommandParser::parse(arguments);
   Outcome outcome = command ? run(*command, credentialReader, backend) : std::unexpected(command.error());
   if (!outcome) return failure(outcome.error());
   return std::move(*outcome);
 }
 
-RecoveryToolExecution execute(std::span<const std::string> arguments,
-                                        credential::CredentialReading& credentialReader) {
+RecoveryToolExecution execute(std::span<const std::string> arguments, credential::CredentialReading& credentialReader) {
   LiveBackend backend;
   return execute(arguments, credentialReader, backend);
 }

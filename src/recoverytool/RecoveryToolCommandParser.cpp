@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <optional>
 #include <string_view>
+#include <utility>
 #include <vector>
 
+#include "platform/FilePath.hpp"
 #include "recoverytool/RecoveryToolSelectionCode.hpp"
-#include "recoverytool/RecoveryToolPath.hpp"
 
 namespace galdrine::recoverytool {
 
@@ -16,6 +17,13 @@ namespace {
 using Arguments = std::span<const std::string>;
 
 std::unexpected<RecoveryToolError> invalidArguments() { return std::unexpected(RecoveryToolError::invalidArguments); }
+
+// filePath: a current directory that cannot be named makes a relative path argument unusable.
+std::expected<std::filesystem::path, RecoveryToolError> filePath(std::string_view argument) {
+  auto path = platform::FilePath::fromArgument(argument);
+  if (!path) return invalidArguments();
+  return std::move(*path);
+}
 
 bool isOnly(Arguments arguments, std::string_view word) { return arguments.size() == 1 && arguments[0] == word; }
 
@@ -35,7 +43,7 @@ bool carriesCredential(std::string_view argument) {
 
 std::expected<std::filesystem::path, RecoveryToolError> parseSinglePath(Arguments rest) {
   if (rest.size() != 1) return invalidArguments();
-  return RecoveryToolPath::filePath(rest[0]);
+  return filePath(rest[0]);
 }
 
 // parseRecoveryRequest takes the factor option, the optional stdin flag and one package path,
@@ -58,7 +66,7 @@ std::expected<RecoveryRequest, RecoveryToolError> parseRecoveryRequest(Arguments
     }
   }
   if (!packageArgument || !factor) return invalidArguments();
-  auto packagePath = RecoveryToolPath::filePath(*packageArgument);
+  auto packagePath = filePath(*packageArgument);
   if (!packagePath) return std::unexpected(packagePath.error());
   return RecoveryRequest{*packagePath, *factor,
                          standardInput ? credential::CredentialInput::standardInput
@@ -86,7 +94,7 @@ std::expected<ExportRequest, RecoveryToolError> parseExportRequest(Arguments tok
   if (!destination) return invalidArguments();
   auto recovery = parseRecoveryRequest(remaining);
   if (!recovery) return std::unexpected(recovery.error());
-  auto destinationPath = RecoveryToolPath::filePath(*destination);
+  auto destinationPath = filePath(*destination);
   if (!destinationPath) return std::unexpected(destinationPath.error());
   return ExportRequest{std::move(*recovery), std::string(*snapshot), std::move(*destinationPath)};
 }

@@ -2,7 +2,7 @@
 // RecoveryToolCommandParser reads the argument list (without the program's name) into one
 // Command. It runs before any credential is asked for, so a bad command line never reaches
 // the terminal or the package. Path arguments come back absolute and standardised
-// (RecoveryToolPath); nothing on disk is looked at.
+// (platform::FilePath::fromArgument); nothing on disk is looked at.
 //
 // Checks run in this order, the first that decides ends it:
 //   1. no arguments: self-test;  2. exactly "self-test": self-test;

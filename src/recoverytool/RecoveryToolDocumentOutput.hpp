@@ -4,14 +4,20 @@
 // line feed, on standard output with exit status 0. An absent optional is an absent key.
 // On failure no output is given.
 
+#include <cstdint>
 #include <expected>
 
 #include "recoverytool/ExportDocument.hpp"
-#include "recoverytool/RecoveryToolExecution.hpp"
 #include "recoverytool/InspectionDocument.hpp"
-#include "recoverytool/RecoveryToolDocumentEncodingError.hpp"
+#include "recoverytool/RecoveryTool.hpp"
 
 namespace galdrine::recoverytool {
+
+// RecoveryToolDocumentEncodingError: a document could not be written as JSON (a text that
+// is not valid UTF-8). The driver reports it as the generic failure.
+enum class RecoveryToolDocumentEncodingError : std::uint8_t {
+  encodingFailed,
+};
 
 namespace RecoveryTool {
 

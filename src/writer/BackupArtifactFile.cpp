@@ -1,7 +1,6 @@
 #include "writer/BackupArtifactFile.hpp"
 
 #include <fcntl.h>
-#include <stdio.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -80,21 +79,6 @@ struct Directories {
   return Directories{std::move(*staging), std::move(*targetDirectory)};
 }
 
-// publish stages `bytes` and hands the staged name to `move`, which puts it in place.
-template <typename Move>
-[[nodiscard]] std::expected<void, Failure> publish(const Directories& directories, const std::string& fileName,
-                                                   ByteView bytes, const Move& move) {
-  const auto uuid = platform::Random::lowercaseUUIDText();
-  if (!uuid) return fileFailure(EIO);
-  StagedFile staged(directories.staging.get(), fileName + "." + *uuid + ".partial");
-  if (auto done = writeDurably(directories.staging.get(), staged.name(), bytes); !done) return done;
-  if (auto done = requireReadBack(directories.staging.get(), staged.name(), bytes); !done) return done;
-  if (auto done = move(staged.name()); !done) return done;
-  staged.released();
-  if (auto done = synchronizeDirectory(directories.target.get()); !done) return done;
-  return synchronizeDirectory(directories.staging.get());
-}
-
 }  // namespace
 
 namespace BackupArtifactFile {
@@ -105,28 +89,18 @@ std::expected<fs::path, Failure> writeOnce(const format::BackupPackageV1& packag
   if (!directory) return backupWriterFailure(format::BackupPackageV1Failure(directory.error()));
   const auto directories = openDirectories(package, *directory);
   if (!directories) return std::unexpected(directories.error());
-  const auto move = [&](const std::string& stagedName) -> std::expected<void, Failure> {
-    auto moved = platform::Files::moveRefusingExistingTarget(directories->staging.get(), stagedName,
-                                                                   directories->target.get(), fileName);
-    if (!moved) return backupWriterFailure(moved.error());
-    return {};
-  };
-  if (auto done = publish(*directories, fileName, bytes, move); !done) return std::unexpected(done.error());
+  const int staging = directories->staging.get();
+  const auto uuid = platform::Random::lowercaseUUIDText();
+  if (!uuid) return fileFailure(EIO);
+  StagedFile staged(staging, fileName + "." + *uuid + ".partial");
+  if (auto done = writeDurably(staging, staged.name(), bytes); !done) return std::unexpected(done.error());
+  if (auto done = requireReadBack(staging, staged.name(), bytes); !done) return std::unexpected(done.error());
+  auto moved = platform::Files::moveRefusingExistingTarget(staging, staged.name(), directories->target.get(), fileName);
+  if (!moved) return backupWriterFailure(moved.error());
+  staged.released();
+  if (auto done = synchronizeDirectory(directories->target.get()); !done) return std::unexpected(done.error());
+  if (auto done = synchronizeDirectory(staging); !done) return std::unexpected(done.error());
   return *directory / fileName;
-}
-
-std::expected<fs::path, Failure> replaceRootFile(const format::BackupPackageV1& package, std::string_view fileName,
-                                                 ByteView bytes) {
-  const auto directories = openDirectories(package, package.packagePath());
-  if (!directories) return std::unexpected(directories.error());
-  const std::string name(fileName);
-  const auto move = [&](const std::string& stagedName) -> std::expected<void, Failure> {
-    if (::renameat(directories->staging.get(), stagedName.c_str(), directories->target.get(), name.c_str()) != 0)
-      return fileFailure(errno);
-    return {};
-  };
-  if (auto done = publish(*directories, name, bytes, move); !done) return std::unexpected(done.error());
-  return package.packagePath() / name;
 }
 
 }  // namespace BackupArtifactFile

@@ -1,7 +1,7 @@
 #pragma once
 // BackupArtifactFile puts the writer's metadata files into a package: the frames of
 // manifest sections and roots, snapshots, commits and heads, which are written once and never
-// replaced, and the convenience file HEAD, which is replaced whole.
+// replaced.
 //
 // Every file is staged in the package's tmp directory under "<name>.<lower-case UUID>.partial"
 // (created exclusively, so nothing that stands there is ever taken over), synchronised, read
@@ -27,11 +27,6 @@ namespace BackupArtifactFile {
 // file call gives its errno; a staged file that reads back otherwise is EIO.
 [[nodiscard]] std::expected<std::filesystem::path, BackupWriterFailure> writeOnce(
     const format::BackupPackageV1& package, std::string_view directoryName, const std::string& fileName, ByteView bytes);
-
-// replaceRootFile publishes `bytes` as the root entry `fileName`, replacing a regular file of
-// that name in one rename; what stood there before is either whole or gone, never half written.
-[[nodiscard]] std::expected<std::filesystem::path, BackupWriterFailure> replaceRootFile(
-    const format::BackupPackageV1& package, std::string_view fileName, ByteView bytes);
 
 }  // namespace BackupArtifactFile
 

@@ -4,7 +4,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 
 namespace galdrine::writer {
@@ -22,32 +21,20 @@ using Error = BackupWriterError;
 
 }  // namespace
 
-BackupContentSource BackupContentSource::bytes(Bytes content) {
-  return BackupContentSource(std::make_shared<const Bytes>(std::move(content)));
-}
-
-BackupContentSource BackupContentSource::file(std::filesystem::path path) {
-  return BackupContentSource(std::move(path));
+BackupContentSource BackupContentSource::file(std::filesystem::path filePath) {
+  return BackupContentSource(std::move(filePath));
 }
 
 BackupContentSource BackupContentSource::generated(std::uint64_t byteCount, Generator generator) {
   return BackupContentSource(Generated{byteCount, std::move(generator)});
 }
 
-BackupContentSource BackupContentSource::retained() {
-  return BackupContentSource(Retained{});
-}
-
 std::expected<BackupContentReader, BackupWriterError> BackupContentReader::open(
     const BackupContentSource& source) {
-  using Source = BackupContentSource;
-  if (const auto* buffer = std::get_if<std::shared_ptr<const Bytes>>(&source.content_))
-    return BackupContentReader(source, platform::FileDescriptor(), (*buffer)->size());
-  if (const auto* generated = std::get_if<Source::Generated>(&source.content_))
+  if (const auto* generated = std::get_if<BackupContentSource::Generated>(&source.content_))
     return BackupContentReader(source, platform::FileDescriptor(), generated->byteCount);
-  const auto* path = std::get_if<std::filesystem::path>(&source.content_);
-  if (path == nullptr) return std::unexpected(Error::contentUnavailable);
-  auto file = platform::FileDescriptor::open(*path, O_RDONLY);
+  const auto& filePath = std::get<std::filesystem::path>(source.content_);
+  auto file = platform::FileDescriptor::open(filePath, O_RDONLY);
   if (!file) return std::unexpected(Error::contentUnavailable);
   const auto size = regularFileSize(file->get());
   if (!size) return std::unexpected(size.error());
@@ -56,11 +43,8 @@ std::expected<BackupContentReader, BackupWriterError> BackupContentReader::open(
 }
 
 std::expected<void, BackupWriterError> BackupContentReader::read(std::span<std::uint8_t> into) {
-  using Source = BackupContentSource;
   if (into.size() > byteCount_ - position_) return std::unexpected(Error::contentChanged);
-  if (const auto* buffer = std::get_if<std::shared_ptr<const Bytes>>(&source_.content_)) {
-    std::copy_n((*buffer)->begin() + static_cast<std::ptrdiff_t>(position_), into.size(), into.begin());
-  } else if (const auto* generated = std::get_if<Source::Generated>(&source_.content_)) {
+  if (const auto* generated = std::get_if<BackupContentSource::Generated>(&source_.content_)) {
     generated->generator(position_, into);
   } else if (auto done = readFile(into); !done) {
     return done;

@@ -1,8 +1,7 @@
 #pragma once
-// BackupContentSource says where a resource's bytes come from: a buffer in memory, a
-// file on disk, a generator that computes any piece on demand, or "retained", which keeps the
-// payload that the commit being built on already stores for that resource. A source is a cheap
-// value: copies share the buffer or the generator. Nothing is read until the writer opens it.
+// BackupContentSource says where a resource's bytes come from: a file on disk, or a
+// generator that computes any piece on demand. A source is a small value; nothing is read
+// until the writer opens it.
 //
 // BackupContentReader reads an opened source front to back in pieces the caller sizes,
 // so a file of any length is never held whole. It proves at the end that the source still had
@@ -13,11 +12,10 @@
 #include <expected>
 #include <filesystem>
 #include <functional>
-#include <memory>
 #include <span>
 #include <variant>
 
-#include "writer/BackupWriterError.hpp"
+#include "writer/BackupWriterFailure.hpp"
 #include "platform/Bytes.hpp"
 #include "platform/FileDescriptor.hpp"
 
@@ -29,26 +27,21 @@ class BackupContentSource {
   // must always give the same bytes.
   using Generator = std::function<void(std::uint64_t offset, std::span<std::uint8_t> into)>;
 
-  // The default source is an empty buffer (which no resource may have: the manifest refuses it).
-  BackupContentSource() : content_(std::make_shared<const Bytes>()) {}
+  // The default source gives no bytes (which no resource may have: the manifest refuses it).
+  BackupContentSource() : content_(Generated{0, [](std::uint64_t, std::span<std::uint8_t>) {}}) {}
 
-  [[nodiscard]] static BackupContentSource bytes(Bytes content);
-  // file reads the regular file at `path` when the writer needs it; a symbolic link to a
+  // file reads the regular file at `filePath` when the writer needs it; a symbolic link to a
   // regular file is followed, since the file is the caller's own and not part of a package.
-  [[nodiscard]] static BackupContentSource file(std::filesystem::path path);
+  [[nodiscard]] static BackupContentSource file(std::filesystem::path filePath);
   [[nodiscard]] static BackupContentSource generated(std::uint64_t byteCount, Generator generator);
-  [[nodiscard]] static BackupContentSource retained();
-
-  [[nodiscard]] bool isRetained() const { return std::holds_alternative<Retained>(content_); }
 
  private:
   friend class BackupContentReader;
-  struct Retained {};
   struct Generated {
     std::uint64_t byteCount;
     Generator generator;
   };
-  using Content = std::variant<std::shared_ptr<const Bytes>, std::filesystem::path, Generated, Retained>;
+  using Content = std::variant<std::filesystem::path, Generated>;
 
   explicit BackupContentSource(Content content) : content_(std::move(content)) {}
 
@@ -58,7 +51,7 @@ class BackupContentSource {
 class BackupContentReader {
  public:
   // open makes a source readable and learns its length: a file must open and be a regular file
-  // (contentUnavailable). A retained source has no bytes of its own and is contentUnavailable.
+  // (contentUnavailable).
   [[nodiscard]] static std::expected<BackupContentReader, BackupWriterError> open(
       const BackupContentSource& source);
 

@@ -88,21 +88,20 @@ std::expected<BackupLineage, Failure> BackupLineage::resolve(
   if (!tips) return std::unexpected(tips.error());
 
   BackupLineage lineage{std::move(*parent), std::move(*tips), 0, 0};
-  const std::uint64_t epochAboveAll = scan->maximumWriterEpoch + 1;
   if (!lineage.parent) {
     if (!lineage.acknowledgedTips.empty()) return backupWriterFailure(Error::invalidLineage);
-    lineage.writerEpoch = request.startWriterEpoch ? epochAboveAll : std::max<std::uint64_t>(scan->maximumWriterEpoch, 1);
+    lineage.writerEpoch = std::max<std::uint64_t>(scan->maximumWriterEpoch, 1);
     return lineage;
   }
   const format::BackupCommitV1& parentCommit = lineage.parent->commit();
   const bool sameTips = std::ranges::equal(lineage.acknowledgedReferences(), parentCommit.acknowledgedAlternateTips());
-  if (sameTips && !request.startWriterEpoch) {
+  if (sameTips) {
     if (parentCommit.generation() == std::numeric_limits<std::uint64_t>::max())
       return backupWriterFailure(Error::invalidLineage);
     lineage.writerEpoch = parentCommit.writerEpoch();
     lineage.generation = parentCommit.generation() + 1;
   } else {
-    lineage.writerEpoch = epochAboveAll;
+    lineage.writerEpoch = scan->maximumWriterEpoch + 1;
     lineage.generation = 1;
   }
   return lineage;

@@ -3,8 +3,8 @@
 // tips of other branches it acknowledges, its writer epoch and its generation. resolve works
 // them out from the commits and heads a package holds and from the caller's request, by the
 // rules a reader checks: a commit in its parent's epoch is the next generation and repeats the
-// parent's acknowledged tips; one that acknowledges more, or starts an epoch, takes an epoch
-// above every epoch in the package, restarts at generation 1, and keeps its parent's tips.
+// parent's acknowledged tips; one that acknowledges more takes an epoch above every epoch in
+// the package, restarts at generation 1, and keeps its parent's tips.
 
 #include <cstdint>
 #include <expected>

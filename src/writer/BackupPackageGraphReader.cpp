@@ -8,7 +8,7 @@
 #include "format/package/BoundedDirectoryListing.hpp"
 #include "format/graph/BackupGraphV1.hpp"
 #include "format/manifest/BackupManifestRecordCodecV1.hpp"
-#include "platform/BoundedFileRead.hpp"
+#include "platform/Files.hpp"
 
 namespace galdrine::writer {
 

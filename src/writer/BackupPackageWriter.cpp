@@ -25,17 +25,15 @@ using Error = BackupWriterError;
 using EnvelopeError = envelope::PortableKeyEnvelopeV1Error;
 using Factor = envelope::PortableKeyFactorV1;
 
-constexpr std::uint64_t defaultPassphraseOperationsLimit = 3;
-constexpr std::int64_t defaultPassphraseMemoryLimitBytes = 67108864;
+constexpr std::uint64_t passphraseOperationsLimit = 3;
+constexpr std::int64_t passphraseMemoryLimitBytes = 67108864;
 constexpr std::uint64_t envelopeGeneration = 1;
 
 [[nodiscard]] Bytes bytesOf(const format::BackupIdentifierV1& identifier) {
   return Bytes(identifier.begin(), identifier.end());
 }
 
-[[nodiscard]] std::expected<format::BackupIdentifierV1, Failure> fixedOrDrawn(
-    const std::optional<format::BackupIdentifierV1>& fixed, const BackupWriterSources& sources) {
-  if (fixed) return *fixed;
+[[nodiscard]] std::expected<format::BackupIdentifierV1, Failure> drawnIdentifier(const BackupWriterSources& sources) {
   auto drawn = sources.identifier();
   if (!drawn) return backupWriterFailure(drawn.error());
   return *drawn;
@@ -71,22 +69,20 @@ template <typename Seal>
 
 [[nodiscard]] std::expected<envelope::BackupKeyEnvelopeSetV1, Failure> sealedEnvelopeSet(
     const format::BackupFormatHeaderV1& header, const format::BackupIdentifierV1& libraryDomainIdentifier, ByteView bpmk,
-    const BackupPackageCredentials& credentials, const BackupWriterSettings& settings) {
+    const BackupPackageCredentials& credentials, const BackupWriterSources& sources) {
   std::vector<envelope::BackupKeyEnvelopeEntryV1> entries;
   if (credentials.backupPassphrase) {
-    auto profile = settings.passphraseProfile
-                       ? std::expected<envelope::BackupPassphraseKDFProfileV1, kdf::Argon2idError>(*settings.passphraseProfile)
-                       : envelope::BackupPassphraseKDFProfileV1::make(defaultPassphraseOperationsLimit,
-                                                                    defaultPassphraseMemoryLimitBytes);
+    const auto profile =
+        envelope::BackupPassphraseKDFProfileV1::make(passphraseOperationsLimit, passphraseMemoryLimitBytes);
     if (!profile) return backupWriterFailure(EnvelopeError::invalidDerivationProfile());
-    auto entry = sealedEntry(header, libraryDomainIdentifier, settings.sources, [&](const auto& context) {
+    auto entry = sealedEntry(header, libraryDomainIdentifier, sources, [&](const auto& context) {
       return envelope::PortableKeyEnvelopeV1::sealWithBackupPassphrase(bpmk, *credentials.backupPassphrase, *profile, context);
     });
     if (!entry) return std::unexpected(entry.error());
     entries.push_back(std::move(*entry));
   }
   if (credentials.recoveryKey) {
-    auto entry = sealedEntry(header, libraryDomainIdentifier, settings.sources, [&](const auto& context) {
+    auto entry = sealedEntry(header, libraryDomainIdentifier, sources, [&](const auto& context) {
       return envelope::PortableKeyEnvelopeV1::sealWithRecoveryKey(bpmk, *credentials.recoveryKey, context);
     });
     if (!entry) return std::unexpected(entry.error());
@@ -158,15 +154,14 @@ BackupPackageWriter::~BackupPackageWriter() { platform::SecureMemory::wipe(bpmk_
 
 std::expected<Writer, Failure> BackupPackageWriter::create(const fs::path& packagePath,
                                                                      const BackupPackageCredentials& credentials,
-                                                                     BackupWriterSettings settings,
-                                                                     const BackupPackageIdentity& identity) {
+                                                                     BackupWriterSettings settings) {
   if (auto done = validateCredentials(credentials); !done) return std::unexpected(done.error());
   if (auto done = settings.layout.validate(); !done) return backupWriterFailure(done.error());
-  const auto packageIdentifier = fixedOrDrawn(identity.packageIdentifier, settings.sources);
+  const auto packageIdentifier = drawnIdentifier(settings.sources);
   if (!packageIdentifier) return std::unexpected(packageIdentifier.error());
-  const auto libraryDomainIdentifier = fixedOrDrawn(identity.libraryDomainIdentifier, settings.sources);
+  const auto libraryDomainIdentifier = drawnIdentifier(settings.sources);
   if (!libraryDomainIdentifier) return std::unexpected(libraryDomainIdentifier.error());
-  const auto writerDeviceIdentifier = fixedOrDrawn(settings.writerDeviceIdentifier, settings.sources);
+  const auto writerDeviceIdentifier = drawnIdentifier(settings.sources);
   if (!writerDeviceIdentifier) return std::unexpected(writerDeviceIdentifier.error());
   auto bpmk = settings.sources.key();
   if (!bpmk) return backupWriterFailure(bpmk.error());
@@ -174,7 +169,7 @@ std::expected<Writer, Failure> BackupPackageWriter::create(const fs::path& packa
 
   const auto header = format::BackupFormatHeaderV1::make(*packageIdentifier);
   if (!header) return backupWriterFailure(format::BackupPackageV1Failure(header.error()));
-  const auto set = sealedEnvelopeSet(*header, *libraryDomainIdentifier, *bpmk, credentials, settings);
+  const auto set = sealedEnvelopeSet(*header, *libraryDomainIdentifier, *bpmk, credentials, settings.sources);
   if (!set) return std::unexpected(set.error());
 
   auto package = format::BackupPackageV1::create(packagePath, *packageIdentifier);
@@ -219,7 +214,7 @@ std::expected<Writer, Failure> BackupPackageWriter::openUnlocked(format::BackupP
   if (!heads) return std::unexpected(heads.error());
   if (const auto scan = format::BackupCommitGraph::scan(*commits, *heads); !scan)
     return backupWriterFailure(scan.error());
-  const auto writerDeviceIdentifier = fixedOrDrawn(settings.writerDeviceIdentifier, settings.sources);
+  const auto writerDeviceIdentifier = drawnIdentifier(settings.sources);
   if (!writerDeviceIdentifier) return std::unexpected(writerDeviceIdentifier.error());
   wipeKey.dismiss();
   Writer writer(std::move(package), std::move(settings), libraryDomainIdentifier, *writerDeviceIdentifier, std::move(bpmk));
@@ -235,19 +230,10 @@ const format::AuthenticatedBackupCommit* BackupPackageWriter::findCommit(ByteVie
   return found == commits_.end() ? nullptr : &*found;
 }
 
-std::expected<format::BackupCommitGraphScan, Failure> BackupPackageWriter::scan() const {
-  auto scan = format::BackupCommitGraph::scan(commits_, heads_);
-  if (!scan) return backupWriterFailure(scan.error());
-  return std::move(*scan);
-}
-
-std::expected<BackupWrittenHead, Failure> BackupPackageWriter::writeHead(
-    const format::BackupIdentifierV1& commitIdentifier, const std::optional<format::BackupIdentifierV1>& headIdentifier) {
-  const auto* commit = findCommit(commitIdentifier);
-  if (commit == nullptr) return backupWriterFailure(Error::unknownCommit);
-  const auto identifier = fixedOrDrawn(headIdentifier, settings_.sources);
+std::expected<BackupWrittenHead, Failure> BackupPackageWriter::writeHead(const format::AuthenticatedBackupCommit& commit) {
+  const auto identifier = drawnIdentifier(settings_.sources);
   if (!identifier) return std::unexpected(identifier.error());
-  const auto head = format::BackupHeadV1::make(bytesOf(*identifier), bytesOf(libraryDomainIdentifier_), commit->reference(),
+  const auto head = format::BackupHeadV1::make(bytesOf(*identifier), bytesOf(libraryDomainIdentifier_), commit.reference(),
                                                settings_.sources.now());
   if (!head) return backupWriterFailure(head.error());
   const auto sealed = format::BackupGraphV1::sealHead(*head, package_.header().packageIdentifier(), bpmk_);
@@ -255,18 +241,10 @@ std::expected<BackupWrittenHead, Failure> BackupPackageWriter::writeHead(
   auto authenticated = format::AuthenticatedBackupHead::make(sealed->reference, *head);
   if (!authenticated) return backupWriterFailure(authenticated.error());
   auto file = BackupArtifactFile::writeOnce(package_, "heads", *format::BackupGraphV1::headFileName(*identifier),
-                                                      sealed->frame);
+                                            sealed->frame);
   if (!file) return std::unexpected(file.error());
   heads_.push_back(*authenticated);
   return BackupWrittenHead{std::move(*authenticated), std::move(*file)};
-}
-
-std::expected<fs::path, Failure> BackupPackageWriter::writeConvenienceHead(
-    const format::BackupIdentifierV1& commitIdentifier) {
-  if (findCommit(commitIdentifier) == nullptr) return backupWriterFailure(Error::unknownCommit);
-  const std::string text = ByteText::lowerHex(commitIdentifier) + "\n";
-  return BackupArtifactFile::replaceRootFile(package_, format::BackupPackageV1::convenienceHeadName,
-                                                       ByteText::view(text));
 }
 
 }  // namespace galdrine::writer

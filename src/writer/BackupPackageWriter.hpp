@@ -4,7 +4,7 @@
 // commits, with their payloads, manifests and heads. Everything it stores goes through the
 // format's own operations: the package and envelope file writers, the payload writers, and the
 // sealing of graph artifacts and payload keys under the package master key. Files are written
-// once and never replaced; only HEAD, when asked for, is replaced whole.
+// once and never replaced.
 //
 // A commit is written bottom up: payload files first, then manifest sections, root, snapshot,
 // commit, and last the head that publishes it. Before a single byte is written the manifest is
@@ -29,13 +29,13 @@
 #include "writer/BackupCommitRequest.hpp"
 #include "writer/BackupLibrarySnapshot.hpp"
 #include "writer/BackupLineage.hpp"
-#include "writer/BackupWriterSettings.hpp"
+#include "writer/BackupPayloadLayout.hpp"
 #include "writer/BackupWriterFailure.hpp"
+#include "writer/BackupWriterSources.hpp"
 #include "writer/BackupWrittenCommit.hpp"
 #include "format/package/BackupPackageV1.hpp"
 #include "format/graph/AuthenticatedBackupCommit.hpp"
 #include "format/graph/AuthenticatedBackupHead.hpp"
-#include "format/graph/BackupCommitGraph.hpp"
 #include "platform/Bytes.hpp"
 
 namespace galdrine::writer {
@@ -47,10 +47,18 @@ struct BackupPackageCredentials {
   std::optional<ByteView> recoveryKey;
 };
 
-// Identifiers of a new package that the caller may fix; absent ones are drawn.
-struct BackupPackageIdentity {
-  std::optional<format::BackupIdentifierV1> packageIdentifier;
-  std::optional<format::BackupIdentifierV1> libraryDomainIdentifier;
+// BackupWriterSettings is what a package writer is opened with besides the package and the
+// credential: where its randomness and time come from and how it lays payloads out. A new
+// passphrase envelope always costs 3 passes over 64 MiB.
+struct BackupWriterSettings {
+  BackupWriterSources sources = BackupWriterSources::system();
+  BackupPayloadLayout layout;
+  // How many payload files are sealed and verified at once. Each one in flight holds up to a
+  // segment's plaintexts (64 MiB by default) or one chunk. One, the default, writes them one
+  // after the other: measured on two cores, a second writer spent more processor time and
+  // gained no wall time, the payload writers' own reading back being bound by memory and the
+  // page cache rather than by the cipher.
+  std::size_t concurrentPayloadWriterCount = 1;
 };
 
 class BackupPackageWriter {
@@ -65,7 +73,7 @@ class BackupPackageWriter {
   // is removed again, so a failure leaves nothing at `packagePath`.
   [[nodiscard]] static std::expected<BackupPackageWriter, BackupWriterFailure> create(
       const std::filesystem::path& packagePath, const BackupPackageCredentials& credentials,
-      BackupWriterSettings settings = {}, const BackupPackageIdentity& identity = {});
+      BackupWriterSettings settings = {});
 
   // openWithBackupPassphrase and openWithRecoveryKey open an existing package for appending: the
   // package (its errors), its envelope file (its errors), the active envelope of the factor
@@ -84,15 +92,15 @@ class BackupPackageWriter {
   BackupPackageWriter& operator=(const BackupPackageWriter&) = delete;
   ~BackupPackageWriter();
 
-  // writeCommit stores `library` as a new snapshot and commits it where `request` says. A
-  // resource whose identifier, length and SHA-256 equal those of a resource in the parent or in
-  // an acknowledged tip keeps that payload (its files and its key record) instead of being
-  // written again; "retained" content must find such a resource (unknownRetainedResource).
-  // Resources of up to the layout's packed size go into pack segments, larger ones into chunks.
-  // Failures: the lineage (unknownCommit, readOnlyFork, nothingToHeal, invalidLineage, the
-  // commit graph's errors), the content (contentUnavailable, contentChanged, resourceTooLarge),
-  // the records and the manifest (the record's and the validator's errors, manifestTooLarge),
-  // and every write (the payload writer's and the file calls' errors).
+  // writeCommit stores `library` as a new snapshot and commits it where `request` says, at the
+  // clock's time. A resource whose identifier, length and SHA-256 equal those of a resource in
+  // the parent or in an acknowledged tip keeps that payload (its files and its key record)
+  // instead of being written again. Resources of up to the layout's packed size go into pack
+  // segments, larger ones into chunks. Failures: the lineage (unknownCommit, readOnlyFork,
+  // nothingToHeal, invalidLineage, the commit graph's errors), the content
+  // (contentUnavailable, contentChanged, resourceTooLarge), the records and the manifest (the
+  // record's and the validator's errors, manifestTooLarge), and every write (the payload
+  // writer's and the file calls' errors).
   [[nodiscard]] std::expected<BackupWrittenCommit, BackupWriterFailure> writeCommit(
       const BackupLibrarySnapshot& library, const BackupCommitRequest& request = {});
 
@@ -101,29 +109,14 @@ class BackupPackageWriter {
   [[nodiscard]] std::expected<BackupWrittenCommit, BackupWriterFailure> writeCommitSharingSnapshot(
       const format::BackupIdentifierV1& snapshotOf, const BackupCommitRequest& request = {});
 
-  // writeHead publishes a head for the commit `commitIdentifier` (unknownCommit), with the
-  // given identifier or a drawn one, at the clock's time.
-  [[nodiscard]] std::expected<BackupWrittenHead, BackupWriterFailure> writeHead(
-      const format::BackupIdentifierV1& commitIdentifier,
-      const std::optional<format::BackupIdentifierV1>& headIdentifier = std::nullopt);
-
-  // writeConvenienceHead writes HEAD as the commit's identifier in 32 lower-case hexadecimal
-  // digits and a line feed, replacing an earlier HEAD (unknownCommit for a commit not in the
-  // package).
-  [[nodiscard]] std::expected<std::filesystem::path, BackupWriterFailure> writeConvenienceHead(
-      const format::BackupIdentifierV1& commitIdentifier);
-
-  // scan is the commit graph's verdict on the commits and heads the writer knows.
-  [[nodiscard]] std::expected<format::BackupCommitGraphScan, BackupWriterFailure> scan() const;
-
   [[nodiscard]] const format::BackupPackageV1& package() const { return package_; }
   [[nodiscard]] const format::BackupIdentifierV1& libraryDomainIdentifier() const { return libraryDomainIdentifier_; }
-  [[nodiscard]] const format::BackupIdentifierV1& writerDeviceIdentifier() const { return writerDeviceIdentifier_; }
-  // backupPackageMasterKey lends the unlocked key for the writer's lifetime, so that tests can
-  // open what was written; it is wiped when the writer goes away.
+  // backupPackageMasterKey lends the unlocked key for the writer's lifetime, to key what the
+  // caller derives from the package (the backup tool's source identities) and to open what was
+  // written; it is wiped when the writer goes away.
   [[nodiscard]] ByteView backupPackageMasterKey() const { return bpmk_; }
+  // commits lists the package's commits as read when it was opened, then the writer's own.
   [[nodiscard]] std::span<const format::AuthenticatedBackupCommit> commits() const { return commits_; }
-  [[nodiscard]] std::span<const format::AuthenticatedBackupHead> heads() const { return heads_; }
 
  private:
   BackupPackageWriter(format::BackupPackageV1 package, BackupWriterSettings settings,
@@ -147,9 +140,10 @@ class BackupPackageWriter {
                               BackupWriterFailure>
   writeCommitFile(const BackupLineage& lineage, const format::BackupIdentifierV1& commitIdentifier,
                   const SnapshotToCommit& snapshot);
-  // publish writes the head and HEAD the request asks for, and notes them in `written`.
-  [[nodiscard]] std::expected<void, BackupWriterFailure> publish(const BackupCommitRequest& request,
-                                                                           BackupWrittenCommit& written);
+  // writeHead publishes a head for the known commit `commit` under a drawn identifier, at the
+  // clock's time.
+  [[nodiscard]] std::expected<BackupWrittenHead, BackupWriterFailure> writeHead(
+      const format::AuthenticatedBackupCommit& commit);
 
   format::BackupPackageV1 package_;
   BackupWriterSettings settings_;

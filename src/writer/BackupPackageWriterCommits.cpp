@@ -24,7 +24,6 @@ struct BackupPackageWriter::SnapshotToCommit {
   format::BackupArtifactReferenceV1 reference;
   format::BackupSnapshotV1 snapshot;
   std::filesystem::path snapshotFile;
-  bool snapshotNewlyWritten;
   format::BackupManifestRootV1 root;
   std::filesystem::path rootFile;
   std::vector<std::filesystem::path> sectionFiles;
@@ -47,9 +46,7 @@ using Container = format::BackupPayloadContainerKindV1;
 
 [[nodiscard]] Bytes bytesOf(const Identifier& identifier) { return Bytes(identifier.begin(), identifier.end()); }
 
-[[nodiscard]] std::expected<Identifier, Failure> fixedOrDrawn(const std::optional<Identifier>& fixed,
-                                                              const BackupWriterSources& sources) {
-  if (fixed) return *fixed;
+[[nodiscard]] std::expected<Identifier, Failure> drawnIdentifier(const BackupWriterSources& sources) {
   auto drawn = sources.identifier();
   if (!drawn) return backupWriterFailure(drawn.error());
   return *drawn;
@@ -63,13 +60,12 @@ struct CommitIdentifiers {
   Identifier manifest;
 };
 
-[[nodiscard]] std::expected<CommitIdentifiers, Failure> drawIdentifiers(const BackupCommitRequest& request,
-                                                                        const BackupWriterSources& sources) {
-  const auto commit = fixedOrDrawn(request.commitIdentifier, sources);
+[[nodiscard]] std::expected<CommitIdentifiers, Failure> drawIdentifiers(const BackupWriterSources& sources) {
+  const auto commit = drawnIdentifier(sources);
   if (!commit) return std::unexpected(commit.error());
-  const auto snapshot = fixedOrDrawn(request.snapshotIdentifier, sources);
+  const auto snapshot = drawnIdentifier(sources);
   if (!snapshot) return std::unexpected(snapshot.error());
-  const auto manifest = fixedOrDrawn(request.manifestIdentifier, sources);
+  const auto manifest = drawnIdentifier(sources);
   if (!manifest) return std::unexpected(manifest.error());
   return CommitIdentifiers{*commit, *snapshot, *manifest};
 }
@@ -231,9 +227,8 @@ std::expected<BackupWrittenCommit, Failure> BackupPackageWriter::writeCommit(
     const BackupLibrarySnapshot& library, const BackupCommitRequest& request) {
   const auto lineage = BackupLineage::resolve(commits_, heads_, request);
   if (!lineage) return std::unexpected(lineage.error());
-  const std::int64_t createdAt =
-      request.createdAtUTCMilliseconds ? *request.createdAtUTCMilliseconds : settings_.sources.now();
-  const auto identifiers = drawIdentifiers(request, settings_.sources);
+  const std::int64_t createdAt = settings_.sources.now();
+  const auto identifiers = drawIdentifiers(settings_.sources);
   if (!identifiers) return std::unexpected(identifiers.error());
   if (auto done = lineage->standsIn(commits_, heads_, identifiers->commit); !done) return std::unexpected(done.error());
   const auto manifests = storedManifests(*lineage, package_, libraryDomainIdentifier_, bpmk_);
@@ -273,7 +268,6 @@ std::expected<BackupWrittenCommit, Failure> BackupPackageWriter::writeCommit(
   SnapshotToCommit stored{snapshot->reference,
                           std::move(snapshot->snapshot),
                           std::move(snapshot->file),
-                          true,
                           std::move(writtenManifest->root),
                           std::move(writtenManifest->rootFile),
                           std::move(writtenManifest->sectionFiles),
@@ -291,7 +285,7 @@ std::expected<BackupWrittenCommit, Failure> BackupPackageWriter::writeCommitShar
   const format::AuthenticatedBackupCommit sharedCommit = *source;
   const auto lineage = BackupLineage::resolve(commits_, heads_, request);
   if (!lineage) return std::unexpected(lineage.error());
-  const auto commitIdentifier = fixedOrDrawn(request.commitIdentifier, settings_.sources);
+  const auto commitIdentifier = drawnIdentifier(settings_.sources);
   if (!commitIdentifier) return std::unexpected(commitIdentifier.error());
   if (auto done = lineage->standsIn(commits_, heads_, *commitIdentifier); !done) return std::unexpected(done.error());
   auto manifest =
@@ -308,7 +302,6 @@ std::expected<BackupWrittenCommit, Failure> BackupPackageWriter::writeCommitShar
   SnapshotToCommit stored{sharedCommit.commit().snapshot(),
                           std::move(manifest->snapshot),
                           std::move(manifest->snapshotFile),
-                          false,
                           std::move(manifest->root),
                           std::move(manifest->rootFile),
                           std::move(manifest->sectionFiles),
@@ -330,7 +323,6 @@ std::expected<BackupWrittenCommit, Failure> BackupPackageWriter::commitSnapshot(
                                        stored.reference,
                                        std::move(stored.snapshot),
                                        std::move(stored.snapshotFile),
-                                       stored.snapshotNewlyWritten,
                                        std::move(stored.root),
                                        std::move(stored.rootFile),
                                        std::move(stored.sectionFiles),
@@ -338,10 +330,13 @@ std::expected<BackupWrittenCommit, Failure> BackupPackageWriter::commitSnapshot(
                                        std::move(stored.records),
                                        {},
                                        {},
-                                       std::nullopt,
                                        std::nullopt};
   describePayloads(result, package_, stored.reused, stored.written);
-  if (auto done = publish(request, result); !done) return std::unexpected(done.error());
+  if (request.publishHead) {
+    auto head = writeHead(result.commit);
+    if (!head) return std::unexpected(head.error());
+    result.head = std::move(*head);
+  }
   return result;
 }
 
@@ -373,21 +368,6 @@ BackupPackageWriter::writeCommitFile(const BackupLineage& lineage,
   if (!file) return std::unexpected(file.error());
   commits_.push_back(*authenticated);
   return std::pair(std::move(*authenticated), std::move(*file));
-}
-
-std::expected<void, Failure> BackupPackageWriter::publish(const BackupCommitRequest& request,
-                                                                    BackupWrittenCommit& written) {
-  if (request.publishHead) {
-    auto head = writeHead(written.commitIdentifier, request.headIdentifier);
-    if (!head) return std::unexpected(head.error());
-    written.head = std::move(*head);
-  }
-  if (request.writeConvenienceHead) {
-    auto file = writeConvenienceHead(written.commitIdentifier);
-    if (!file) return std::unexpected(file.error());
-    written.convenienceHeadFile = std::move(*file);
-  }
-  return {};
 }
 
 }  // namespace galdrine::writer

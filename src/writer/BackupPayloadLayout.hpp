@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <expected>
 
-#include "writer/BackupWriterError.hpp"
+#include "writer/BackupWriterFailure.hpp"
 #include "format/header/BackupFormatV1.hpp"
 
 namespace galdrine::writer {

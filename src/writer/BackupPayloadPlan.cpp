@@ -55,20 +55,14 @@ constexpr std::size_t hashingPieceByteCount = 4 * 1024 * 1024;
                                                           const BackupResourceDescription& description,
                                                           const BackupReusablePayloads& reusable) {
   Planned planned{&item, &description, 0, std::nullopt, {}, {}, {}};
-  const auto candidates = reusable.candidates(description.identifier);
-  if (description.content.isRetained()) {
-    if (candidates.empty()) return backupWriterFailure(Error::unknownRetainedResource);
-    planned.reused = candidates.front();
-  } else {
-    const auto reader = BackupContentReader::open(description.content);
-    if (!reader) return backupWriterFailure(reader.error());
-    auto match = storedMatch(description, reader->byteCount(), candidates);
-    if (!match) return std::unexpected(match.error());
-    // An empty resource is refused as its record would refuse it, before a part is made of it.
-    if (reader->byteCount() == 0) return backupWriterFailure(format::BackupManifestRecordV1Error::invalidValue);
-    planned.plaintextByteCount = reader->byteCount();
-    planned.reused = *match;
-  }
+  const auto reader = BackupContentReader::open(description.content);
+  if (!reader) return backupWriterFailure(reader.error());
+  auto match = storedMatch(description, reader->byteCount(), reusable.candidates(description.identifier));
+  if (!match) return std::unexpected(match.error());
+  // An empty resource is refused as its record would refuse it, before a part is made of it.
+  if (reader->byteCount() == 0) return backupWriterFailure(format::BackupManifestRecordV1Error::invalidValue);
+  planned.plaintextByteCount = reader->byteCount();
+  planned.reused = *match;
   if (planned.reused) {
     planned.plaintextByteCount = planned.reused->resource->plaintextByteCount();
     planned.payloadKeyIdentifier = planned.reused->resource->payloadKeyIdentifier();

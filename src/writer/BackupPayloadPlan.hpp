@@ -20,8 +20,8 @@
 #include "writer/BackupLibrarySnapshot.hpp"
 #include "writer/BackupPayloadLayout.hpp"
 #include "writer/BackupReusablePayloads.hpp"
-#include "writer/BackupWriterSources.hpp"
 #include "writer/BackupWriterFailure.hpp"
+#include "writer/BackupWriterSources.hpp"
 #include "format/manifest/BackupPayloadKeyRecordV1.hpp"
 #include "format/manifest/BackupPayloadPartRecordV1.hpp"
 
@@ -69,13 +69,13 @@ struct BackupPayloadPlan {
   BackupPayloadPlan& operator=(const BackupPayloadPlan&) = delete;
   ~BackupPayloadPlan();
 
-  // make plans `library`. In this order, for each resource: retained content must find a
-  // stored resource (unknownRetainedResource); other content is opened for its length
-  // (contentUnavailable), and when a stored resource of that identifier and length exists the
-  // content is read once for its SHA-256 and kept if a stored one matches (contentChanged for a
-  // source that does not give its length). Then a chunked resource may need at most 4,096
-  // parts (resourceTooLarge). Last, identifiers and keys are drawn (randomSourceFailed) and the
-  // keys wrapped (the record codec's errors).
+  // make plans `library`. In this order, for each resource: its content is opened for its
+  // length (contentUnavailable); when a stored resource of that identifier and length exists,
+  // the content is read once for its SHA-256 and the stored payload kept if one matches
+  // (contentChanged for a source that does not give its length); an empty content is the
+  // record's invalidValue. Then a chunked resource may need at most 4,096 parts
+  // (resourceTooLarge). Last, identifiers and keys are drawn (randomSourceFailed) and the keys
+  // wrapped (the record codec's errors).
   [[nodiscard]] static std::expected<BackupPayloadPlan, BackupWriterFailure> make(
       const BackupLibrarySnapshot& library, const BackupReusablePayloads& reusable,
       const BackupPayloadLayout& layout, const BackupWriterSources& sources,

@@ -8,7 +8,7 @@
 #include "writer/BackupContentSource.hpp"
 #include "format/payload/BackupPackContainerHeaderV1.hpp"
 #include "format/payload/BackupPayloadV1.hpp"
-#include "platform/SHA256File.hpp"
+#include "platform/SHA256.hpp"
 
 namespace galdrine::writer {
 
@@ -74,7 +74,7 @@ struct Scratch {
   if (!descriptor) return backupWriterFailure(descriptor.error());
   // A part names the whole segment file by length and digest, which the descriptor does not
   // carry: the file is read once more, from the cache it was just written through.
-  const auto fileSHA256 = platform::SHA256File::digest(file);
+  const auto fileSHA256 = platform::SHA256::digestOfFile(file);
   if (!fileSHA256) return backupWriterFailure(platform::FileError{EIO});
   const std::uint64_t fileByteCount =
       format::BackupPackContainerHeaderV1::encodedByteCount + descriptor->entryAreaByteCount + descriptor->indexFrameByteCount;

@@ -1,16 +1,16 @@
 #pragma once
 // BackupWriterSources is everything the package writer draws from outside itself: the
-// random bytes of identifiers and keys, and the time of day. The system sources are the secure
-// random source and the real clock. Tests and fixtures inject reproducible ones, so that a
-// package's file names and records come out the same on every run (the nonces that sealing
-// draws stay fresh: the frames' bytes never repeat).
+// random bytes of identifiers and keys, and the time of day. system() is the secure random
+// source and the real clock, what every package is written with. Tests and benchmarks inject
+// reproducible ones, so that a package's file names and records come out the same on every
+// run (the nonces that sealing draws stay fresh: the frames' bytes never repeat).
 
 #include <cstdint>
 #include <expected>
 #include <functional>
 #include <span>
 
-#include "writer/BackupWriterError.hpp"
+#include "writer/BackupWriterFailure.hpp"
 #include "format/graph/BackupIdentifierV1.hpp"
 #include "platform/Bytes.hpp"
 
@@ -27,11 +27,6 @@ struct BackupWriterSources {
 
   // system draws from the platform's secure random source and reads the real clock.
   [[nodiscard]] static BackupWriterSources system();
-  // deterministic draws a reproducible stream of `seed` and reads a clock that gives
-  // `startUTCMilliseconds` first and `stepMilliseconds` more at each later reading. Its keys
-  // are predictable: it serves tests, fixtures and benchmarks, never a real backup.
-  [[nodiscard]] static BackupWriterSources deterministic(std::uint64_t seed, std::int64_t startUTCMilliseconds,
-                                                                   std::int64_t stepMilliseconds = 1000);
 
   // identifier draws 16 bytes; key draws 32 bytes, which the caller owns and wipes. A source
   // that fails is randomSourceFailed, and nothing drawn is given.

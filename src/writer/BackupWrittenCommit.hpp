@@ -62,8 +62,7 @@ struct BackupWrittenCommit {
 
   format::BackupArtifactReferenceV1 snapshotReference;
   format::BackupSnapshotV1 snapshot;
-  std::filesystem::path snapshotFile;
-  bool snapshotNewlyWritten = true;  // false: the commit shares the snapshot of an earlier one
+  std::filesystem::path snapshotFile;  // an earlier commit's when the commit shares its snapshot
 
   format::BackupManifestRootV1 manifestRoot;
   std::filesystem::path manifestRootFile;
@@ -75,7 +74,6 @@ struct BackupWrittenCommit {
   std::vector<BackupWrittenPayloadFile> payloadFiles;  // ascending by identifier
 
   std::optional<BackupWrittenHead> head;
-  std::optional<std::filesystem::path> convenienceHeadFile;
 
   // resource gives the resource `identifier`, or nothing.
   [[nodiscard]] const BackupWrittenResource* resource(ByteView identifier) const {

@@ -1,10 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <map>
-#include <optional>
-#include <string>
-#include <vector>
 
 #include "backuptool/BackupSourceLibrary.hpp"
 #include "backuptool/BackupSourceScan.hpp"
@@ -18,46 +14,33 @@ namespace {
 namespace fs = std::filesystem;
 using testsupport::FileFixtures::makeDirectory;
 using testsupport::FileFixtures::writeFile;
-using Kind = format::BackupMediaKindV1;
 using Identifier = format::BackupIdentifierV1;
+using Library = writer::BackupLibrarySnapshot;
 
-const Bytes kKey(32, 0x5A);
-
-BackupSourceIdentities identities(ByteView key = kKey) {
-  auto made = BackupSourceIdentities::make(key);
-  EXPECT_TRUE(made.has_value());
-  return std::move(*made);
-}
-
-writer::BackupLibrarySnapshot arranged(const fs::path& root, ByteView key = kKey) {
+[[nodiscard]] Library arranged(const fs::path& root, ByteView key = Bytes(32, 0x5A)) {
   const auto source = BackupSourceScan::scan(root);
-  EXPECT_TRUE(source.has_value());
-  auto library = BackupSourceLibrary::arrange(*source, identities(key));
-  EXPECT_TRUE(library.has_value());
-  return std::move(*library);
+  const auto identities = BackupSourceIdentities::make(key);
+  if (!source || !identities) return {};
+  return BackupSourceLibrary::arrange(*source, *identities).value_or(Library{});
 }
 
-// Describes where each item stands: "<album path> : <name> <kind>", the album path made of the
-// folder names above the album and its own name.
-std::vector<std::string> placements(const writer::BackupLibrarySnapshot& library) {
-  std::map<Identifier, std::string> folderPaths;
-  for (const auto& folder : library.folders) {  // parents stand before their children
-    folderPaths[folder.identifier] =
-        (folder.parentFolderIdentifier ? folderPaths[*folder.parentFolderIdentifier] + "/" : "") + folder.name;
+// placements describes each item as "<folders>/<album> : <name> <kind> <resource count>".
+[[nodiscard]] std::vector<std::string> placements(const Library& library) {
+  std::map<Identifier, std::string> paths;  // folders stand before what they hold
+  for (const auto& folder : library.folders) {
+    paths[folder.identifier] = (folder.parentFolderIdentifier ? paths[*folder.parentFolderIdentifier] + "/" : "") + folder.name;
   }
-  std::map<Identifier, std::string> albumPaths;
   for (const auto& album : library.albums) {
-    albumPaths[album.identifier] =
-        (album.parentFolderIdentifier ? folderPaths[*album.parentFolderIdentifier] + "/" : "") + album.name;
+    paths[album.identifier] = (album.parentFolderIdentifier ? paths[*album.parentFolderIdentifier] + "/" : "") + album.name;
   }
   std::vector<std::string> described;
   for (const auto& item : library.items) {
-    std::string album = "-";
-    for (const auto& membership : library.memberships) {
-      if (membership.itemIdentifier == item.identifier) album = albumPaths[membership.albumIdentifier];
-    }
-    const char* kind = item.kind == Kind::photo ? "photo" : item.kind == Kind::video ? "video" : "live";
-    described.push_back(album + " : " + item.originalFilename + " " + kind + " " + std::to_string(item.resources.size()));
+    const auto membership = std::ranges::find(library.memberships, item.identifier,
+                                              &writer::BackupMembershipDescription::itemIdentifier);
+    const std::string album = membership == library.memberships.end() ? "-" : paths[membership->albumIdentifier];
+    const char* kinds[] = {"photo", "video", "live"};
+    described.push_back(album + " : " + item.originalFilename + " " + kinds[static_cast<std::size_t>(item.kind)] + " " +
+                        std::to_string(item.resources.size()));
   }
   std::ranges::sort(described);
   return described;
@@ -74,7 +57,7 @@ TEST(BackupSourceLibrary, DirectoriesBecomeAlbumsAndFoldersAndStemsPairIntoLiveP
                            "Trips/Paris/a.jpg", "Mixed/x.jpg", "Mixed/x.png", "Mixed/x.mov", "Only/Inner/deep.png"}) {
     writeFile(root / file, std::string("content of ") + file);
   }
-  const auto library = arranged(root);
+  const Library library = arranged(root);
   EXPECT_EQ(placements(library), (std::vector<std::string>{
                                      "- : top.jpg photo 1",
                                      "Beach : IMG_1.jpg live 2",
@@ -88,7 +71,7 @@ TEST(BackupSourceLibrary, DirectoriesBecomeAlbumsAndFoldersAndStemsPairIntoLiveP
                                  }));
   EXPECT_EQ(library.folders.size(), 2u);  // Trips and Only; empty directories make nothing
   EXPECT_EQ(library.albums.size(), 5u);
-  const auto live = std::ranges::find(library.items, Kind::livePhoto, &writer::BackupItemDescription::kind);
+  const auto live = std::ranges::find(library.items, format::BackupMediaKindV1::livePhoto, &writer::BackupItemDescription::kind);
   ASSERT_NE(live, library.items.end());
   EXPECT_EQ(live->resources[0].role, format::BackupMediaResourceRoleV1::primary);
   EXPECT_EQ(live->resources[0].uniformTypeIdentifier, "public.jpeg");
@@ -104,25 +87,20 @@ TEST(BackupSourceLibrary, IdentifiersFollowThePathUnderThePackagesKey) {
   makeDirectory(root);
   makeDirectory(root / "a");
   writeFile(root / "a" / "x.jpg", "one");
-  const auto first = arranged(root);
+  const Library first = arranged(root);
   writeFile(root / "a" / "w.jpg", "two");
   writeFile(root / "a" / "x.jpg", "changed");
-  const auto second = arranged(root);
-  const auto otherKey = arranged(root, Bytes(32, 0x5B));
-
-  const auto itemNamed = [](const writer::BackupLibrarySnapshot& library, std::string_view name) {
-    return *std::ranges::find(library.items, name, &writer::BackupItemDescription::originalFilename);
-  };
-  const auto x1 = itemNamed(first, "x.jpg");
-  const auto x2 = itemNamed(second, "x.jpg");
-  EXPECT_EQ(x1.identifier, x2.identifier);
-  EXPECT_EQ(x1.resources[0].identifier, x2.resources[0].identifier);
-  EXPECT_EQ(first.albums[0].identifier, second.albums[0].identifier);
-  EXPECT_NE(itemNamed(second, "w.jpg").identifier, x2.identifier);
-  EXPECT_NE(x1.identifier, x1.resources[0].identifier);  // one path, two kinds
-  EXPECT_NE(itemNamed(otherKey, "x.jpg").identifier, x2.identifier);
+  const Library second = arranged(root);
+  const Library otherKey = arranged(root, Bytes(32, 0x5B));
+  ASSERT_TRUE(first.items.size() == 1 && second.items.size() == 2 && otherKey.items.size() == 2);
+  const auto& x = second.items[1];  // w.jpg comes first
+  EXPECT_EQ(std::tuple(first.items[0].identifier, first.items[0].resources[0].identifier, first.albums[0].identifier),
+            std::tuple(x.identifier, x.resources[0].identifier, second.albums[0].identifier));
+  EXPECT_NE(second.items[0].identifier, x.identifier);
+  EXPECT_NE(x.identifier, x.resources[0].identifier);  // one path, two kinds
+  EXPECT_NE(otherKey.items[1].identifier, x.identifier);
   EXPECT_NE(otherKey.albums[0].identifier, second.albums[0].identifier);
-  EXPECT_FALSE(BackupSourceIdentities::make(Bytes(31, 0)).has_value());
+  EXPECT_EQ(BackupSourceIdentities::make(Bytes(31, 0)).error(), BackupSourceIdentitiesError::invalidKey);
 }
 
 }  // namespace

@@ -1,31 +1,37 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <filesystem>
-#include <string>
-#include <vector>
-
-#include "BackupToolTestSupport.hpp"
+#include "backuptool/BackupTool.hpp"
 #include "backuptool/BackupToolCommandParser.hpp"
-#include "backuptool/BackupToolFailureOutput.hpp"
 #include "backuptool/BackupToolUsage.hpp"
 
 namespace galdrine::backuptool {
 
 namespace {
 
-namespace fs = std::filesystem;
 using Factor = envelope::PortableKeyFactorV1;
 using Input = credential::CredentialInput;
+using Reading = std::expected<Bytes, credential::CredentialReadingFailure>;
 
-const std::string usage(backupToolUsageText);
-const std::string appCodeText = "Local App Code is device-only and cannot unlock a portable Galdrine backup.\n";
-const std::string credentialText =
-    "Never pass a credential in command arguments. Use the hidden prompt or --credential-stdin.\n";
+// run executes `arguments` with a reader that must not be asked for a credential.
+[[nodiscard]] BackupToolExecution run(const std::vector<std::string>& arguments) {
+  struct Unasked final : BackupToolCredentialReading {
+    Reading read(Factor, Input, std::int64_t) override { return asked(); }
+    Reading readRepeatedPassphrase(std::int64_t) override { return asked(); }
+    static Reading asked() {
+      ADD_FAILURE() << "a credential was asked for";
+      return std::unexpected(credential::CredentialReadingFailure{});
+    }
+  } reader;
+  return BackupTool::execute(arguments, reader);
+}
 
-// Every misuse ends before a credential is asked for or a path is looked at, with the exact
+// Every misuse ends before a credential is asked for or a path is looked at, with its exact
 // status and text; the order of the checks decides where several faults meet.
 TEST(BackupToolCommandParser, MisuseEndsWithItsStatusAndTextBeforeAnyCredential) {
+  const std::string usage(backupToolUsageText);
+  const std::string appCode = "Local App Code is device-only and cannot unlock a portable Galdrine backup.\n";
+  const std::string inArguments =
+      "Never pass a credential in command arguments. Use the hidden prompt or --credential-stdin.\n";
   const struct {
     std::vector<std::string> arguments;
     std::string text;
@@ -49,37 +55,24 @@ TEST(BackupToolCommandParser, MisuseEndsWithItsStatusAndTextBeforeAnyCredential)
       {{"add", "a.galdrine", "--from", "d", "--new-recovery-key"}, usage},
       {{"add", "a.galdrine", "--from", "d", "--recovery-key", "--credential-stdin", "--credential-stdin"}, usage},
       {{"add", "a.galdrine", "--from", "d", "--recovery-key", "--verbose"}, usage},
-      {{"add", "a.galdrine", "--from", "d", "--backup-passphrase=secret words here"}, credentialText},
-      {{"create", "a.galdrine", "--from", "d", "--new-recovery-key=abandon"}, credentialText},
-      {{"add", "a.galdrine", "--from", "d", "--recovery-key=abandon ability"}, credentialText},
-      {{"help", "--credential=x"}, credentialText},
-      {{"add", "a.galdrine", "--credential=x", "--app-code"}, appCodeText},
-      {{"create", "a.galdrine", "--from", "--app-code=1234", "--new-recovery-key"}, appCodeText},
+      {{"add", "a.galdrine", "--from", "d", "--backup-passphrase=secret words here"}, inArguments},
+      {{"create", "a.galdrine", "--from", "d", "--new-recovery-key=abandon"}, inArguments},
+      {{"add", "a.galdrine", "--from", "d", "--recovery-key=abandon ability"}, inArguments},
+      {{"help", "--credential=x"}, inArguments},
+      {{"add", "a.galdrine", "--credential=x", "--app-code"}, appCode},
+      {{"create", "a.galdrine", "--from", "--app-code=1234", "--new-recovery-key"}, appCode},
   };
-  for (const auto& testCase : cases) {
-    ScriptedCredentialReader reader({"a strong passphrase"});
-    const BackupToolRun run = runBackupTool(testCase.arguments, reader);
-    const std::string shown = testCase.arguments.empty() ? "(none)" : testCase.arguments.back();
-    EXPECT_EQ(run.exitStatus, 2) << shown;
-    EXPECT_EQ(run.standardOutput, "") << shown;
-    EXPECT_EQ(run.standardError, testCase.text) << shown;
-    EXPECT_TRUE(reader.reads.empty()) << shown;
+  for (const auto& test : cases) {
+    EXPECT_EQ(run(test.arguments), (BackupToolExecution{2, {}, ByteText::bytes(test.text)}))
+        << (test.arguments.empty() ? "(none)" : test.arguments.back());
   }
-}
-
-TEST(BackupToolCommandParser, HelpIsTheOnlyArgumentAndGoesToStandardOutput) {
-  for (const std::string word : {"help", "--help", "-h"}) {
-    ScriptedCredentialReader reader;
-    const BackupToolRun run = runBackupTool({word}, reader);
-    EXPECT_EQ(run.exitStatus, 0);
-    EXPECT_EQ(run.standardOutput, usage);
-    EXPECT_EQ(run.standardError, "");
-  }
-  EXPECT_TRUE(usage.starts_with("Usage:\n  galdrine-backup create <new.galdrine> --from <directory>\n"));
 }
 
 TEST(BackupToolCommandParser, OptionsStandInAnyOrderAndPathsComeBackAbsolute) {
-  const fs::path here = fs::current_path();
+  for (const std::string word : {"help", "--help", "-h"}) {
+    EXPECT_EQ(run({word}), (BackupToolExecution{0, ByteText::bytes(backupToolUsageText), {}})) << word;
+  }
+  const std::filesystem::path here = std::filesystem::current_path();
   const struct {
     std::vector<std::string> arguments;
     BackupToolCommand expected;
@@ -96,29 +89,7 @@ TEST(BackupToolCommandParser, OptionsStandInAnyOrderAndPathsComeBackAbsolute) {
       {{"add", "/p.galdrine", "--credential-stdin", "--from", "/src", "--backup-passphrase"},
        {BackupToolCommand::Add{"/p.galdrine", "/src", Factor::backupPassphrase, Input::standardInput}}},
   };
-  for (const auto& testCase : cases) {
-    const auto command = BackupToolCommandParser::parse(testCase.arguments);
-    ASSERT_TRUE(command.has_value()) << testCase.arguments.back();
-    EXPECT_EQ(*command, testCase.expected) << testCase.arguments.back();
-  }
-}
-
-// Each row of the table is one line on standard error with a status of its class; only the
-// misuse of the command line shows the usage.
-TEST(BackupToolFailureOutput, EveryErrorIsOneLineWithAStatusOfItsClass) {
-  for (int raw = 0; raw <= static_cast<int>(BackupToolError::operationFailed); ++raw) {
-    const auto error = static_cast<BackupToolError>(raw);
-    const BackupToolFailureOutput output = failureOutput(error);
-    EXPECT_TRUE(output.exitCode >= 2 && output.exitCode <= 5) << raw;
-    if (error == BackupToolError::invalidArguments) continue;
-    EXPECT_EQ(std::ranges::count(output.standardError, '\n'), 1) << raw;
-    EXPECT_TRUE(output.standardError.ends_with(".\n")) << raw;
-  }
-  EXPECT_EQ(failureOutput(BackupToolError::passphraseMismatch), (BackupToolFailureOutput{3, "The two passphrase entries differ.\n"}));
-  EXPECT_EQ(failureOutput(BackupToolError::sourceChanged),
-            (BackupToolFailureOutput{5, "A source file changed or could not be read while it was backed up.\n"}));
-  EXPECT_EQ(failureOutput(BackupToolError::unlockFailed),
-            (BackupToolFailureOutput{4, "The portable credential did not unlock the backup.\n"}));
+  for (const auto& test : cases) EXPECT_EQ(BackupToolCommandParser::parse(test.arguments), test.expected) << test.arguments.back();
 }
 
 }  // namespace

@@ -1,15 +1,11 @@
 #include "envelope/BackupKeyEnvelopeFileV1.hpp"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <functional>
-#include <ostream>
 #include <regex>
-#include <string>
-#include <vector>
 
-#include "platform/SHA256File.hpp"
+#include "platform/SHA256.hpp"
 #include "EnvelopeFixtures.hpp"
 #include "support/FileFixtures.hpp"
 #include "support/OpenDescriptorCount.hpp"
@@ -17,247 +13,151 @@
 
 namespace galdrine::envelope {
 
-inline void PrintTo(BackupKeyEnvelopeFileV1Error error, std::ostream* out) {
-  *out << "file error " << static_cast<int>(error);
-}
-
 namespace {
 
 namespace fs = std::filesystem;
-namespace EnvelopeFile = BackupKeyEnvelopeFileV1;
 using namespace EnvelopeFixtures;
+using namespace testsupport::FileFixtures;
 using Error = BackupKeyEnvelopeFileV1Error;
-using Failure = BackupKeyEnvelopeFileV1Failure;
 using FaultPoint = BackupKeyEnvelopeFileFaultPoint;
-using Package = format::BackupPackageV1;
 using Set = BackupKeyEnvelopeSetV1;
-using testsupport::FileFixtures::makeDirectory;
-using testsupport::FileFixtures::makeSymbolicLink;
-using testsupport::FileFixtures::readFile;
-using testsupport::FileFixtures::writeFile;
 
+// envelopeSet gives a set of both factors at `generation`, for the package of the seed.
 [[nodiscard]] Set envelopeSet(std::uint64_t generation, std::uint8_t packageSeed = 1) {
-  const auto passphrase = BackupKeyEnvelopeEntryV1::make(
-      placeholderEnvelope(Factor::backupPassphrase, identifier(3), identifier(4), generation), true);
-  const auto recovery = BackupKeyEnvelopeEntryV1::make(
-      placeholderEnvelope(Factor::recoveryKey, identifier(5), identifier(6), generation), true);
-  EXPECT_TRUE(passphrase && recovery);
-  const auto made = Set::make(identifier(packageSeed), identifier(2), {*passphrase, *recovery});
-  EXPECT_TRUE(made.has_value());
-  return *made;
+  return setOf({entry(Factor::backupPassphrase, 3, 4, generation), entry(Factor::recoveryKey, 5, 6, generation)}, packageSeed);
 }
 
-[[nodiscard]] Bytes encodedSet(const Set& set) {
-  const auto bytes = set.encoded();
-  EXPECT_TRUE(bytes.has_value());
-  return bytes ? *bytes : Bytes{};
+// at gives a fault hook that runs `action` at `point` and lets the write go on.
+[[nodiscard]] BackupKeyEnvelopeFileFaultHook at(FaultPoint point, const std::function<void()>& action) {
+  return [point, action](FaultPoint reached) { if (reached == point) action(); return false; };
 }
 
 class BackupKeyEnvelopeFileV1Test : public testing::Test {
  protected:
   void SetUp() override {
-    auto created = Package::create(packagePath(), identifier(1));
+    auto created = format::BackupPackageV1::create(packagePath_, identifier(1));
     ASSERT_TRUE(created.has_value());
     package_.emplace(std::move(*created));
   }
 
-  [[nodiscard]] fs::path packagePath() const { return directory_ / "photos.galdrine"; }
-  [[nodiscard]] fs::path filePath() const { return packagePath() / Package::keyEnvelopesName; }
-  [[nodiscard]] const Package& package() const { return *package_; }
-
-  // stagedResidue lists what a writer of this file may have left in tmp.
-  [[nodiscard]] std::vector<std::string> stagedResidue() const {
+  // stagedNames lists what a writer of this file has left in tmp.
+  [[nodiscard]] std::vector<std::string> stagedNames() const {
     std::vector<std::string> names;
-    for (const auto& entry : fs::directory_iterator(packagePath() / "tmp")) {
-      const std::string name = entry.path().filename().string();
-      if (name.starts_with(EnvelopeFile::stagedNamePrefix)) names.push_back(name);
-    }
+    for (const auto& file : fs::directory_iterator(packagePath_ / "tmp")) names.push_back(file.path().filename());
     return names;
   }
 
-  // write runs the writer and shows that it left no descriptor behind.
-  [[nodiscard]] std::expected<BackupKeyEnvelopeFileRead, Error> write(
-      const Set& set, std::optional<ByteView> replacing, const BackupKeyEnvelopeFileFaultHook& hook = {}) {
+  // write runs the writer and shows that it left no descriptor open.
+  [[nodiscard]] std::expected<BackupKeyEnvelopeFileRead, Error> write(const Set& set, std::optional<ByteView> replacing,
+                                                                      const BackupKeyEnvelopeFileFaultHook& hook = {}) {
     const std::size_t before = testsupport::openDescriptorCount();
-    auto result = EnvelopeFile::writeAtomically(set, package(), replacing, hook);
+    auto result = BackupKeyEnvelopeFileV1::writeAtomically(set, *package_, replacing, hook);
     EXPECT_EQ(testsupport::openDescriptorCount(), before);
     return result;
   }
 
-  // firstWrite publishes `set` where no file exists yet and gives its digest.
-  [[nodiscard]] Bytes firstWrite(const Set& set) {
-    const auto written = write(set, std::nullopt);
-    EXPECT_TRUE(written.has_value());
-    return written ? written->encodedSHA256 : Bytes{};
-  }
-
-  // replacePackage puts another package, of another identifier, at the same path.
-  void replacePackage(std::uint8_t packageSeed) {
-    fs::remove_all(packagePath());
-    ASSERT_TRUE(Package::create(packagePath(), identifier(packageSeed)).has_value());
-  }
+  [[nodiscard]] platform::SHA256Digest digestOfFile() const { return platform::SHA256::digest(readFile(filePath_)); }
 
   testsupport::TemporaryDirectory directory_;
-  std::optional<Package> package_;
+  fs::path packagePath_ = directory_ / "photos.galdrine";
+  fs::path filePath_ = packagePath_ / format::BackupPackageV1::keyEnvelopesName;
+  std::optional<format::BackupPackageV1> package_;
 };
 
 }  // namespace
 
-TEST_F(BackupKeyEnvelopeFileV1Test, BoundedReadTakesOnlyRegularFilesOfOneTo8192Bytes) {
-  const fs::path plain = directory_ / "plain";
-  writeFile(plain, Bytes(100, 7));
-  writeFile(directory_ / "largest", Bytes(8192, 7));
-  writeFile(directory_ / "too-large", Bytes(8193, 7));
-  writeFile(directory_ / "empty", Bytes{});
-  makeSymbolicLink(plain, directory_ / "link");
-  makeDirectory(directory_ / "directory");
-  ASSERT_EQ(::mkfifo((directory_ / "pipe").c_str(), 0600), 0);
-
-  EXPECT_EQ(EnvelopeFile::readBoundedRegularFile(plain), Bytes(100, 7));
-  EXPECT_EQ(EnvelopeFile::readBoundedRegularFile(directory_ / "largest"), Bytes(8192, 7));
-  for (const char* refused : {"too-large", "empty", "link", "directory", "pipe", "missing"}) {
-    EXPECT_EQ(failureOf(EnvelopeFile::readBoundedRegularFile(directory_ / refused)), Error::invalidEnvelopeFile) << refused;
-  }
-}
-
+// The bounded read takes a regular file of 1 to 8192 bytes. (The readers' suite binds a file
+// to its package.)
 TEST_F(BackupKeyEnvelopeFileV1Test, ReadBindsTheFileToItsPackage) {
-  EXPECT_EQ(failureOf(EnvelopeFile::read(package())), Failure(Error::envelopeFileMissing));
+  EXPECT_EQ(failureOf(BackupKeyEnvelopeFileV1::read(*package_)), BackupKeyEnvelopeFileV1Failure(Error::envelopeFileMissing));
   const auto written = write(envelopeSet(1), std::nullopt);
   ASSERT_TRUE(written.has_value());
-  EXPECT_EQ(EnvelopeFile::read(package()), *written);
-  EXPECT_EQ(written->encodedSHA256, platform::SHA256File::digest(readFile(filePath())));
-
-  struct ContentCase {
-    const char* name;
-    Bytes content;
-    Failure expected;
+  EXPECT_EQ(BackupKeyEnvelopeFileV1::read(*package_), *written);
+  EXPECT_TRUE(ByteOrder::equal(written->encodedSHA256, digestOfFile()));
+  const std::pair<Bytes, BackupKeyEnvelopeFileV1Failure> cases[] = {
+      {Bytes{}, Error::invalidEnvelopeFile},
+      {Bytes(8193, 0xA0), Error::invalidEnvelopeFile},
+      {Bytes(8192, 0xA0), BackupKeyEnvelopeSetV1Failure(BackupKeyEnvelopeSetV1Error::malformedSet())},  // read, then decoded
   };
-  const ContentCase cases[] = {
-      {"empty", {}, Error::invalidEnvelopeFile},
-      {"8193 bytes", Bytes(8193, 0xA0), Error::invalidEnvelopeFile},
-      {"8192 bytes are read, then decoded", Bytes(8192, 0xA0),
-       BackupKeyEnvelopeSetV1Failure(BackupKeyEnvelopeSetV1Error::malformedSet())},
-      {"a set of another package", encodedSet(envelopeSet(1, 9)), Error::packageBindingMismatch},
-  };
-  for (const ContentCase& contentCase : cases) {
-    writeFile(filePath(), contentCase.content);
-    EXPECT_EQ(failureOf(EnvelopeFile::read(package())), contentCase.expected) << contentCase.name;
+  for (const auto& [content, expected] : cases) {
+    writeFile(filePath_, content);
+    EXPECT_EQ(failureOf(BackupKeyEnvelopeFileV1::read(*package_)), expected) << content.size();
   }
-
-  // The package itself refuses anything but a regular file under this name.
-  fs::remove(filePath());
-  makeSymbolicLink(directory_ / "elsewhere", filePath());
-  EXPECT_EQ(failureOf(EnvelopeFile::read(package())),
-            Failure(format::BackupPackageV1Failure(format::BackupPackageV1Error::invalidRootEntry(Package::keyEnvelopesName))));
-
-  replacePackage(9);
-  EXPECT_EQ(failureOf(EnvelopeFile::read(package())), Failure(Error::packageBindingMismatch));
 }
 
 TEST_F(BackupKeyEnvelopeFileV1Test, WriteIsACompareAndSwapOnTheDigest) {
   const Set first = envelopeSet(1);
-  const Set second = envelopeSet(2);
   EXPECT_EQ(failureOf(write(first, Bytes(31))), Error::invalidExpectedDigest);
   EXPECT_EQ(failureOf(write(envelopeSet(1, 9), std::nullopt)), Error::packageBindingMismatch);
   EXPECT_EQ(failureOf(write(first, Bytes(32))), Error::staleCurrentFile);
-  EXPECT_FALSE(fs::exists(filePath()));
-
-  const Bytes firstDigest = firstWrite(first);
+  EXPECT_FALSE(fs::exists(filePath_));
+  ASSERT_TRUE(write(first, std::nullopt).has_value());
+  const auto firstDigest = digestOfFile();
   EXPECT_EQ(failureOf(write(first, std::nullopt)), Error::staleCurrentFile);  // even with the same bytes
-  const auto replaced = write(second, firstDigest);
-  ASSERT_TRUE(replaced.has_value());
-  EXPECT_EQ(replaced->envelopeSet, second);
-  EXPECT_EQ(readFile(filePath()), encodedSet(second));
+  const auto replaced = write(envelopeSet(2), firstDigest);
+  EXPECT_TRUE(replaced && replaced->envelopeSet == envelopeSet(2));
   EXPECT_EQ(failureOf(write(first, firstDigest)), Error::staleCurrentFile);
-  EXPECT_EQ(readFile(filePath()), encodedSet(second));
+  // The current file is checked again just before the rename: a writer that got there while
+  // this one was staging wins.
+  const auto secondDigest = digestOfFile();
+  EXPECT_EQ(failureOf(write(first, secondDigest, at(FaultPoint::afterStagingVerification, [&] {
+              EXPECT_TRUE(BackupKeyEnvelopeFileV1::writeAtomically(envelopeSet(3), *package_, secondDigest).has_value());
+            }))),
+            Error::staleCurrentFile);
+  EXPECT_EQ(readFile(filePath_), encodedSet(envelopeSet(3)));
 
-  // The current file is read as a reader would: its own failures come through, others do not.
-  writeFile(filePath(), Bytes{});
-  EXPECT_EQ(failureOf(write(first, firstDigest)), Error::invalidEnvelopeFile);
-  writeFile(filePath(), Bytes(100, 0xA0));
-  EXPECT_EQ(failureOf(write(first, firstDigest)), Error::publicationFailed);
-  writeFile(filePath(), encodedSet(envelopeSet(1, 9)));
-  EXPECT_EQ(failureOf(write(first, firstDigest)), Error::packageBindingMismatch);
-  EXPECT_TRUE(stagedResidue().empty());
-
-  replacePackage(9);
+  // The current file is read as a reader would, never through a link: its own failures come
+  // through, others are publicationFailed.
+  const std::pair<Bytes, Error> currentFiles[] = {
+      {Bytes{}, Error::invalidEnvelopeFile},
+      {Bytes(100, 0xA0), Error::publicationFailed},
+      {encodedSet(envelopeSet(1, 9)), Error::packageBindingMismatch},
+  };
+  for (const auto& [current, expected] : currentFiles) {
+    writeFile(filePath_, current);
+    EXPECT_EQ(failureOf(write(first, platform::SHA256::digest(current))), expected) << current.size();
+  }
+  // A link put in the file's place while staging is never followed.
+  writeFile(filePath_, encodedSet(first));
+  writeFile(directory_ / "aside", encodedSet(first));
+  EXPECT_EQ(failureOf(write(envelopeSet(2), digestOfFile(), at(FaultPoint::afterStagingSync, [&] {
+              fs::remove(filePath_);
+              makeSymbolicLink(directory_ / "aside", filePath_);
+            }))),
+            Error::invalidEnvelopeFile);
+  EXPECT_TRUE(fs::is_symlink(filePath_));
+  EXPECT_TRUE(stagedNames().empty());
+  // Another package at the same path is not the one the caller holds.
+  fs::remove_all(packagePath_);
+  ASSERT_TRUE(format::BackupPackageV1::create(packagePath_, identifier(9)).has_value());
   EXPECT_EQ(failureOf(write(envelopeSet(1, 9), std::nullopt)), Error::packageBindingMismatch);
 }
 
+// The writer passes the fault points in the order they are named. A stop before the rename
+// leaves the old file, one after it the new; neither leaves the staged file, which is
+// ".key-envelopes-<uuid>.tmp" in tmp.
 TEST_F(BackupKeyEnvelopeFileV1Test, EveryFaultPointLeavesTheOldFileOrTheNewAndNoStagedFile) {
-  struct FaultCase {
-    FaultPoint point;
-    Error expected;
-    bool newFileStands;
-  };
-  const FaultCase cases[] = {
-      {FaultPoint::afterStagingWrite, Error::publicationFailed, false},
-      {FaultPoint::afterStagingSync, Error::publicationFailed, false},
-      {FaultPoint::afterStagingVerification, Error::publicationFailed, false},
-      {FaultPoint::beforeFinalRename, Error::publicationFailed, false},
-      {FaultPoint::afterFinalRename, Error::publicationOutcomeUnknown, true},
-      {FaultPoint::afterDirectorySync, Error::publicationOutcomeUnknown, true},
-  };
-  Set current = envelopeSet(1);
-  Bytes currentDigest = firstWrite(current);
-  std::uint64_t generation = 2;
-  for (const FaultCase& faultCase : cases) {
-    const Set next = envelopeSet(generation++);
+  ASSERT_TRUE(write(envelopeSet(1), std::nullopt).has_value());
+  Bytes current = readFile(filePath_);
+  for (int index = 0; index <= static_cast<int>(FaultPoint::afterDirectorySync); ++index) {
+    const auto point = static_cast<FaultPoint>(index);
+    const Set next = envelopeSet(static_cast<std::uint64_t>(index) + 2);
     std::vector<FaultPoint> passed;
-    const auto result = write(next, currentDigest, [&](FaultPoint point) {
-      passed.push_back(point);
-      return point == faultCase.point;
+    std::vector<std::string> staged;
+    const auto result = write(next, platform::SHA256::digest(current), [&](FaultPoint reached) {
+      if (passed.empty()) staged = stagedNames();
+      passed.push_back(reached);
+      return reached == point;
     });
-    EXPECT_EQ(failureOf(result), faultCase.expected) << static_cast<int>(faultCase.point);
-    EXPECT_EQ(passed.back(), faultCase.point);
-    EXPECT_EQ(passed.size(), static_cast<std::size_t>(faultCase.point) + 1);  // in the order they are named
-    EXPECT_TRUE(stagedResidue().empty()) << static_cast<int>(faultCase.point);
-    if (faultCase.newFileStands) current = next;
-    EXPECT_EQ(readFile(filePath()), encodedSet(current)) << static_cast<int>(faultCase.point);
-    currentDigest = platform::SHA256File::digest(readFile(filePath()));
+    const bool renamed = point >= FaultPoint::afterFinalRename;
+    EXPECT_EQ(failureOf(result), renamed ? Error::publicationOutcomeUnknown : Error::publicationFailed) << index;
+    EXPECT_EQ(passed.size(), static_cast<std::size_t>(index) + 1) << index;
+    ASSERT_EQ(staged.size(), 1U);
+    EXPECT_TRUE(std::regex_match(staged.front(), std::regex(R"(\.key-envelopes-[0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-[0-9a-f]{4}-[0-9a-f]{12}\.tmp)")));
+    EXPECT_TRUE(stagedNames().empty()) << index;
+    if (renamed) current = encodedSet(next);
+    EXPECT_EQ(readFile(filePath_), current) << index;
   }
-}
-
-TEST_F(BackupKeyEnvelopeFileV1Test, StagesUnderAFreshNameInTmp) {
-  std::vector<std::string> stagedNames;
-  const auto written = write(envelopeSet(1), std::nullopt, [&](FaultPoint point) {
-    if (point == FaultPoint::afterStagingWrite) stagedNames = stagedResidue();
-    return false;
-  });
-  ASSERT_TRUE(written.has_value());
-  ASSERT_EQ(stagedNames.size(), 1U);
-  EXPECT_TRUE(std::regex_match(stagedNames.front(),
-                               std::regex(R"(\.key-envelopes-[0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-[0-9a-f]{4}-[0-9a-f]{12}\.tmp)")))
-      << stagedNames.front();
-  EXPECT_TRUE(stagedResidue().empty());
-}
-
-// The current file is checked again just before the rename, so a writer that got there
-// while this one was staging wins, and a link put in the file's place is never followed.
-TEST_F(BackupKeyEnvelopeFileV1Test, SecondCheckCatchesAChangeWhileStaging) {
-  const Bytes firstDigest = firstWrite(envelopeSet(1));
-  const Set other = envelopeSet(3);
-  const auto raced = write(envelopeSet(2), firstDigest, [&](FaultPoint point) {
-    if (point == FaultPoint::afterStagingVerification) {
-      EXPECT_TRUE(EnvelopeFile::writeAtomically(other, package(), firstDigest).has_value());
-    }
-    return false;
-  });
-  EXPECT_EQ(failureOf(raced), Error::staleCurrentFile);
-  EXPECT_EQ(readFile(filePath()), encodedSet(other));
-
-  const Bytes otherDigest = platform::SHA256File::digest(encodedSet(other));
-  writeFile(directory_ / "aside", encodedSet(other));
-  const auto linked = write(envelopeSet(2), otherDigest, [&](FaultPoint point) {
-    if (point == FaultPoint::afterStagingSync) {
-      fs::remove(filePath());
-      makeSymbolicLink(directory_ / "aside", filePath());
-    }
-    return false;
-  });
-  EXPECT_EQ(failureOf(linked), Error::invalidEnvelopeFile);
-  EXPECT_TRUE(fs::is_symlink(filePath()));
-  EXPECT_TRUE(stagedResidue().empty());
 }
 
 }  // namespace galdrine::envelope

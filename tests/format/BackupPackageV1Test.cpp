@@ -1,13 +1,11 @@
 #include "format/package/BackupPackageV1.hpp"
 
 #include <gtest/gtest.h>
-#include <sys/inotify.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <functional>
-#include <ostream>
+#include <optional>
+#include <system_error>
 
 #include "format/package/BoundedDirectoryListing.hpp"
 #include "support/FileFixtures.hpp"
@@ -16,50 +14,24 @@
 
 namespace galdrine::format {
 
-// PrintTo makes a failed comparison readable: the package's root, or which error with its code.
-void PrintTo(const std::expected<BackupPackageV1, BackupPackageV1Failure>& result, std::ostream* out) {
-  if (result) {
-    *out << "package at " << result->packagePath();
-    return;
-  }
-  const BackupPackageV1Failure& failure = result.error();
-  if (const auto* own = std::get_if<BackupPackageV1Error>(&failure)) {
-    *out << "package error " << static_cast<int>(own->code) << " '" << own->entryName << "'";
-  } else if (const auto* header = std::get_if<BackupFormatHeaderV1Error>(&failure)) {
-    *out << "header error " << static_cast<int>(header->code) << " " << header->payload;
-  } else if (const auto* codec = std::get_if<CBORError>(&failure)) {
-    *out << "codec error " << static_cast<int>(codec->code) << " " << codec->payload;
-  } else if (const auto* file = std::get_if<platform::FileError>(&failure)) {
-    *out << "file error errno " << file->errorNumber;
-  }
-}
-
 namespace {
 
 namespace fs = std::filesystem;
+using namespace testsupport::FileFixtures;
 using Package = BackupPackageV1;
 using Error = BackupPackageV1Error;
-using Failure = BackupPackageV1Failure;
-using testsupport::FileFixtures::makeDirectory;
-using testsupport::FileFixtures::makeSymbolicLink;
-using testsupport::FileFixtures::writeFile;
+using Result = std::expected<Package, BackupPackageV1Failure>;
 
 template <typename LowerError>
-[[nodiscard]] std::unexpected<Failure> fails(LowerError error) {
-  return std::unexpected(Failure(std::move(error)));
+[[nodiscard]] std::unexpected<BackupPackageV1Failure> fails(LowerError error) {
+  return std::unexpected(BackupPackageV1Failure(std::move(error)));
 }
 
-[[nodiscard]] Bytes identifier(std::size_t byteCount = 16) {
-  Bytes bytes(byteCount);
-  for (std::size_t index = 0; index < byteCount; ++index) bytes[index] = static_cast<std::uint8_t>(0xA0 + index);
-  return bytes;
-}
+[[nodiscard]] Bytes identifier(std::size_t byteCount = 16) { return Bytes(byteCount, 0xA5); }
 
 [[nodiscard]] Bytes headerBytes() {
   const auto header = BackupFormatHeaderV1::make(identifier());
-  const auto encoded = header ? header->encoded() : std::unexpected(CBORError{CBORError::Code::invalidLimits});
-  EXPECT_TRUE(encoded.has_value());
-  return encoded ? *encoded : Bytes{};
+  return header ? header->encoded().value_or(Bytes{}) : Bytes{};
 }
 
 // writeValidPackage lays out a package by hand, independently of create: the nine
@@ -70,209 +42,109 @@ void writeValidPackage(const fs::path& root) {
   writeFile(root / Package::formatHeaderName, headerBytes());
 }
 
-void replaceWithFile(const fs::path& entry) {
-  fs::remove_all(entry);
-  writeFile(entry, "x");
-}
+enum class Shape { removed, file, directory, link, fifo, terabyte };
 
-void replaceWithDirectory(const fs::path& entry) {
-  fs::remove_all(entry);
-  makeDirectory(entry);
-}
-
-// replaceWithLink moves the entry aside, outside the root, and links to it.
-void replaceWithLink(const fs::path& entry) {
-  const fs::path aside = entry.parent_path().parent_path() / ("aside-" + entry.filename().string());
-  fs::rename(entry, aside);
-  makeSymbolicLink(aside, entry);
-}
-
-void replaceHeader(const fs::path& root, const Bytes& bytes) { writeFile(root / Package::formatHeaderName, bytes); }
-
-// AccessWatch reports whether a file was opened or read while it watched.
-class AccessWatch {
- public:
-  explicit AccessWatch(const fs::path& file) : descriptor_(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
-    EXPECT_GE(::inotify_add_watch(descriptor_, file.c_str(), IN_OPEN | IN_ACCESS), 0);
+// reshape puts an entry of the given shape at `entry`; a link points to the entry's former
+// content, moved aside out of the root.
+void reshape(const fs::path& entry, Shape shape) {
+  std::error_code ignored;
+  if (shape == Shape::link) {
+    const fs::path aside = entry.parent_path().parent_path() / ("aside-" + entry.filename().string());
+    fs::rename(entry, aside, ignored);
+    return makeSymbolicLink(aside, entry);
   }
-  ~AccessWatch() { ::close(descriptor_); }
-  AccessWatch(const AccessWatch&) = delete;
-  AccessWatch& operator=(const AccessWatch&) = delete;
-  [[nodiscard]] bool sawOpenOrRead() const {
-    alignas(inotify_event) char events[4096];
-    return ::read(descriptor_, events, sizeof events) > 0;
-  }
+  fs::remove_all(entry, ignored);
+  if (shape == Shape::file || shape == Shape::terabyte) writeFile(entry, "x");
+  if (shape == Shape::terabyte) fs::resize_file(entry, std::uintmax_t{1} << 40);
+  if (shape == Shape::directory) makeDirectory(entry);
+  if (shape == Shape::fifo && ::mkfifo(entry.c_str(), 0600) != 0) ADD_FAILURE() << "cannot make a FIFO at " << entry;
+}
 
- private:
-  int descriptor_;
-};
+// open runs the reader and shows that it held no descriptor afterwards.
+[[nodiscard]] Result open(const fs::path& path) {
+  const std::size_t before = testsupport::openDescriptorCount();
+  auto result = Package::open(path);
+  EXPECT_EQ(testsupport::openDescriptorCount(), before) << path;
+  return result;
+}
 
 class BackupPackageV1Test : public testing::Test {
  protected:
   void SetUp() override { writeValidPackage(root_); }
 
-  // open runs the reader and shows that it held no descriptor afterwards.
-  [[nodiscard]] static std::expected<Package, Failure> open(const fs::path& path) {
-    const std::size_t before = testsupport::openDescriptorCount();
-    auto result = Package::open(path);
-    EXPECT_EQ(testsupport::openDescriptorCount(), before) << path;
-    return result;
-  }
-
   [[nodiscard]] std::vector<std::string> parentEntries() const {
     auto names = BoundedDirectoryListing::names(directory_.path(), 100);
     EXPECT_TRUE(names.has_value());
-    if (!names) return {};
-    std::ranges::sort(*names);
-    return *names;
+    if (names) std::ranges::sort(*names);
+    return names.value_or(std::vector<std::string>{});
   }
 
   testsupport::TemporaryDirectory directory_;
   fs::path root_ = directory_ / "p.galdrine";
 };
 
-TEST_F(BackupPackageV1Test, OpensAValidRootWithOrWithoutTheOptionalFiles) {
+TEST_F(BackupPackageV1Test, OpensAValidRootAndReachesOnlyItsNineDirectories) {
   const auto bare = open(root_);
   ASSERT_TRUE(bare.has_value());
   EXPECT_EQ(bare->packagePath(), root_);
   EXPECT_EQ(bare->headerData(), headerBytes());
-  EXPECT_EQ(bare->header().packageIdentifier(), identifier());
-
   writeFile(root_ / Package::keyEnvelopesName, "anything");
   writeFile(root_ / Package::convenienceHeadName, "");
-  // A trailing separator and dot segments name the same root.
-  const auto full = open(root_.string() + "/commits/../.");
-  ASSERT_TRUE(full.has_value());
-  EXPECT_EQ(*full, *bare);
+  EXPECT_EQ(open(root_.string() + "/commits/../."), *bare);  // dot segments name the same root
+  for (const std::string_view name : Package::requiredDirectoryNames) EXPECT_EQ(bare->directoryPath(name), root_ / name);
+  for (const std::string_view name : {"HEAD", "format-header.cbor", "key-envelopes.cbor", "", "..", "heads/x", "Heads"}) {
+    EXPECT_EQ(bare->directoryPath(name), std::unexpected(Error::invalidRootEntry(name))) << name;
+  }
 }
 
-struct OpenCase {
-  const char* name;
-  std::function<void(const fs::path& root)> damage;
-  std::expected<Package, Failure> expected;
-};
-
-// One damage to a valid root per row. Where a row does two things, the check that comes first
-// must decide.
-std::vector<OpenCase> openCases() {
-  const std::string header(Package::formatHeaderName);
-  const std::string envelopes(Package::keyEnvelopesName);
-  const std::string head(Package::convenienceHeadName);
+// One damaged root per row: root entries reshaped (an empty name is the root itself), and the
+// header's bytes replaced. Where a row does several things, the check that comes first decides.
+TEST_F(BackupPackageV1Test, OpenRefusesEveryShapeOutsideTheClosedRootList) {
+  using enum Shape;
+  const std::string header(Package::formatHeaderName), envelopes(Package::keyEnvelopesName), head(Package::convenienceHeadName);
+  Bytes nonShortest = headerBytes(), wrongMagic = headerBytes(), padded = headerBytes();
+  nonShortest.insert(nonShortest.begin() + 68, 0x18);  // key 3: 0x03 0x18 0x01 instead of 0x03 0x01
+  wrongMagic[3] ^= 0x20;
+  padded.resize(4096, 0);
+  struct OpenCase { std::string name; std::vector<std::pair<std::string, Shape>> reshaped; std::optional<Bytes> headerFile;
+                    Result expected; };
   std::vector<OpenCase> cases{
-      {"root is a regular file", [](const fs::path& root) { replaceWithFile(root); }, fails(Error::invalidPackageRoot())},
-      {"root is missing", [](const fs::path& root) { fs::remove_all(root); }, fails(Error::invalidPackageRoot())},
-      {"a hidden 13th entry", [](const fs::path& root) {
-         writeFile(root / Package::keyEnvelopesName, "");
-         writeFile(root / Package::convenienceHeadName, "");
-         writeFile(root / ".hidden", "");
-       }, fails(Error::invalidRootEntrySet())},
-      {"a hidden 11th entry", [](const fs::path& root) { makeDirectory(root / ".staging"); }, fails(Error::invalidRootEntrySet())},
-      {"a name in the wrong case", [](const fs::path& root) { writeFile(root / "head", ""); }, fails(Error::invalidRootEntrySet())},
-      {"header missing", [](const fs::path& root) { fs::remove(root / Package::formatHeaderName); }, fails(Error::invalidRootEntrySet())},
-      {"advisory missing", [](const fs::path& root) { fs::remove(root / "advisory"); }, fails(Error::invalidRootEntrySet())},
-      {"an extra name comes before a wrong kind", [](const fs::path& root) {
-         replaceWithFile(root / "heads");
-         writeFile(root / "extra", "");
-       }, fails(Error::invalidRootEntrySet())},
-      {"table order decides between directories", [](const fs::path& root) {
-         replaceWithLink(root / "heads");
-         replaceWithFile(root / "commits");
-       }, fails(Error::invalidRootEntry("commits"))},
-      {"directories come before the optional files", [](const fs::path& root) {
-         makeDirectory(root / Package::convenienceHeadName);
-         replaceWithFile(root / "advisory");
-       }, fails(Error::invalidRootEntry("advisory"))},
-      {"key envelopes as a directory", [](const fs::path& root) { makeDirectory(root / Package::keyEnvelopesName); },
-       fails(Error::invalidRootEntry(envelopes))},
-      {"key envelopes before HEAD", [](const fs::path& root) {
-         makeDirectory(root / Package::convenienceHeadName);
-         makeSymbolicLink(root / Package::formatHeaderName, root / Package::keyEnvelopesName);
-       }, fails(Error::invalidRootEntry(envelopes))},
-      {"HEAD as a directory", [](const fs::path& root) { makeDirectory(root / Package::convenienceHeadName); },
-       fails(Error::invalidRootEntry(head))},
-      {"HEAD before the header size", [](const fs::path& root) {
-         makeDirectory(root / Package::convenienceHeadName);
-         replaceHeader(root, Bytes(4097, 0));
-       }, fails(Error::invalidRootEntry(head))},
-      {"header as a symbolic link", [](const fs::path& root) { replaceWithLink(root / Package::formatHeaderName); },
-       fails(Error::invalidRootEntry(header))},
-      {"header as a directory", [](const fs::path& root) { replaceWithDirectory(root / Package::formatHeaderName); },
-       fails(Error::invalidRootEntry(header))},
-      {"header as a FIFO", [](const fs::path& root) {
-         fs::remove(root / Package::formatHeaderName);
-         ASSERT_EQ(::mkfifo((root / Package::formatHeaderName).c_str(), 0600), 0);
-       }, fails(Error::invalidRootEntry(header))},
-      {"header of 4097 bytes", [](const fs::path& root) { replaceHeader(root, Bytes(4097, 0)); }, fails(Error::headerTooLarge())},
-      {"header of a terabyte", [](const fs::path& root) { fs::resize_file(root / Package::formatHeaderName, std::uintmax_t{1} << 40); },
-       fails(Error::headerTooLarge())},
-      {"header of 4096 bytes is read", [](const fs::path& root) {
-         Bytes padded = headerBytes();
-         padded.resize(4096, 0);
-         replaceHeader(root, padded);
-       }, fails(CBORError{CBORError::Code::trailingBytes})},
-      {"header empty", [](const fs::path& root) { replaceHeader(root, {}); }, fails(CBORError{CBORError::Code::unexpectedEnd})},
-      {"header with a non-shortest integer", [](const fs::path& root) {
-         Bytes bytes = headerBytes();
-         bytes.insert(bytes.begin() + 68, 0x18);  // key 3: 0x03 0x18 0x01 instead of 0x03 0x01
-         replaceHeader(root, bytes);
-       }, fails(CBORError{CBORError::Code::nonMinimalIntegerOrLength})},
-      {"header with a wrong magic", [](const fs::path& root) {
-         Bytes bytes = headerBytes();
-         bytes[3] ^= 0x20;
-         replaceHeader(root, bytes);
-       }, fails(BackupFormatHeaderV1Error::invalidMagic())},
+      {"root is a regular file", {{"", file}}, {}, fails(Error::invalidPackageRoot())},
+      {"a hidden 13th entry", {{envelopes, file}, {head, file}, {".hidden", file}}, {}, fails(Error::invalidRootEntrySet())},
+      {"a hidden 11th entry", {{".staging", directory}}, {}, fails(Error::invalidRootEntrySet())},
+      {"header missing", {{header, removed}}, {}, fails(Error::invalidRootEntrySet())},
+      {"advisory missing", {{"advisory", removed}}, {}, fails(Error::invalidRootEntrySet())},
+      {"an extra name before a wrong kind", {{"heads", file}, {"extra", file}}, {}, fails(Error::invalidRootEntrySet())},
+      {"table order between directories", {{"heads", link}, {"commits", file}}, {}, fails(Error::invalidRootEntry("commits"))},
+      {"directories before optional files", {{head, directory}, {"advisory", file}}, {}, fails(Error::invalidRootEntry("advisory"))},
+      {"key envelopes before HEAD", {{head, directory}, {envelopes, link}}, {}, fails(Error::invalidRootEntry(envelopes))},
+      {"HEAD before the header size", {{head, directory}}, Bytes(4097, 0), fails(Error::invalidRootEntry(head))},
+      {"header as a symbolic link", {{header, link}}, {}, fails(Error::invalidRootEntry(header))},
+      {"header as a FIFO", {{header, fifo}}, {}, fails(Error::invalidRootEntry(header))},
+      {"header of a terabyte", {{header, terabyte}}, {}, fails(Error::headerTooLarge())},
+      {"header of 4097 bytes", {}, Bytes(4097, 0), fails(Error::headerTooLarge())},
+      {"header of 4096 bytes is read", {}, padded, fails(CBORError{CBORError::Code::trailingBytes})},
+      {"header with a non-shortest integer", {}, nonShortest, fails(CBORError{CBORError::Code::nonMinimalIntegerOrLength})},
+      {"header with a wrong magic", {}, wrongMagic, fails(BackupFormatHeaderV1Error::invalidMagic())},
   };
   for (const std::string_view name : Package::requiredDirectoryNames) {
-    cases.push_back({"a directory as a regular file", [name](const fs::path& root) { replaceWithFile(root / name); },
-                     fails(Error::invalidRootEntry(name))});
-    cases.push_back({"a directory as a link to a directory", [name](const fs::path& root) { replaceWithLink(root / name); },
-                     fails(Error::invalidRootEntry(name))});
+    cases.push_back({std::string(name) + " as a file", {{std::string(name), file}}, {}, fails(Error::invalidRootEntry(name))});
+    cases.push_back({std::string(name) + " as a link", {{std::string(name), link}}, {}, fails(Error::invalidRootEntry(name))});
   }
-  return cases;
-}
-
-TEST_F(BackupPackageV1Test, RefusesEveryShapeOutsideTheClosedRootList) {
-  for (const OpenCase& row : openCases()) {
+  for (const OpenCase& row : cases) {
     testsupport::TemporaryDirectory directory;
     const fs::path root = directory / "case.galdrine";
     writeValidPackage(root);
-    row.damage(root);
+    if (row.headerFile) writeFile(root / header, *row.headerFile);
+    for (const auto& [name, shape] : row.reshaped) reshape(name.empty() ? root : root / name, shape);
     EXPECT_EQ(open(root), row.expected) << row.name;
   }
-}
-
-TEST_F(BackupPackageV1Test, RefusesAWrongExtensionAndALinkedRoot) {
-  for (const char* name : {"p.backup", ".galdrine", "p.GALDRINE", "p.galdrine.old", "galdrine"}) {
+  for (const char* name : {"p.backup", ".galdrine", "p.GALDRINE", "p.galdrine.old"}) {
     writeValidPackage(directory_ / name);
     EXPECT_EQ(open(directory_ / name), fails(Error::invalidPackageExtension())) << name;
   }
   makeSymbolicLink(root_, directory_ / "link.galdrine");
   EXPECT_EQ(open(directory_ / "link.galdrine"), fails(Error::invalidPackageRoot()));
-}
-
-TEST_F(BackupPackageV1Test, AnOversizedHeaderIsRefusedBeforeItIsOpened) {
-  const fs::path header = root_ / Package::formatHeaderName;
-  replaceHeader(root_, Bytes(4097, 0));
-  {
-    AccessWatch watch(header);
-    EXPECT_EQ(open(root_), fails(Error::headerTooLarge()));
-    EXPECT_FALSE(watch.sawOpenOrRead());
-  }
-  replaceHeader(root_, headerBytes());
-  AccessWatch watch(header);  // the control: a header within the bound is opened and read
-  EXPECT_TRUE(open(root_).has_value());
-  EXPECT_TRUE(watch.sawOpenOrRead());
-}
-
-TEST_F(BackupPackageV1Test, DirectoryPathReachesOnlyTheNineDirectories) {
-  const auto package = open(root_);
-  ASSERT_TRUE(package.has_value());
-  for (const std::string_view name : Package::requiredDirectoryNames) {
-    EXPECT_EQ(package->directoryPath(name), root_ / name);
-  }
-  for (const std::string_view name : {"HEAD", "format-header.cbor", "key-envelopes.cbor", "", ".", "..", "heads/x", "Heads"}) {
-    EXPECT_EQ(package->directoryPath(name), std::unexpected(Error::invalidRootEntry(name))) << name;
-  }
 }
 
 TEST_F(BackupPackageV1Test, CreatePublishesAPackageThatOpens) {
@@ -282,12 +154,8 @@ TEST_F(BackupPackageV1Test, CreatePublishesAPackageThatOpens) {
   EXPECT_EQ(testsupport::openDescriptorCount(), before);
   ASSERT_TRUE(created.has_value());
   EXPECT_EQ(created, open(target));
-  EXPECT_EQ(testsupport::FileFixtures::readFile(target / Package::formatHeaderName), headerBytes());
-  auto rootNames = BoundedDirectoryListing::names(target, 12);
-  ASSERT_TRUE(rootNames.has_value());
-  EXPECT_EQ(rootNames->size(), 10u);  // no key envelopes, no HEAD
+  EXPECT_EQ(BoundedDirectoryListing::names(target, 12).value_or(std::vector<std::string>{}).size(), 10u);  // no envelopes, no HEAD
   EXPECT_EQ(parentEntries(), (std::vector<std::string>{"new.galdrine", "p.galdrine"}));  // no staging left
-
   EXPECT_EQ(Package::create(target, Bytes(16, 0)), fails(Error::destinationAlreadyExists()));
   EXPECT_EQ(open(target), created);
 }
@@ -296,39 +164,24 @@ TEST_F(BackupPackageV1Test, AFailedCreateLeavesNothingOnDisk) {
   writeFile(directory_ / "file", "x");
   makeSymbolicLink(directory_ / "nowhere", directory_ / "dangling.galdrine");
   makeSymbolicLink(directory_.path(), directory_ / "linked");
-  const struct {
-    const char* name;
-    fs::path target;
-    Bytes packageIdentifier;
-    std::expected<Package, Failure> expected;
-  } cases[] = {
-      {"wrong extension", directory_ / "new.backup", identifier(), fails(Error::invalidPackageExtension())},
-      {"no stem", directory_ / ".galdrine", identifier(), fails(Error::invalidPackageExtension())},
-      {"an existing package", root_, identifier(), fails(Error::destinationAlreadyExists())},
-      {"a dangling link", directory_ / "dangling.galdrine", identifier(), fails(Error::destinationAlreadyExists())},
-      {"a missing parent", directory_ / "missing" / "new.galdrine", identifier(), fails(Error::invalidParentDirectory())},
-      {"a file as parent", directory_ / "file" / "new.galdrine", identifier(), fails(Error::invalidParentDirectory())},
-      {"a linked parent", directory_ / "linked" / "new.galdrine", identifier(), fails(Error::invalidParentDirectory())},
-      {"15-byte identifier", directory_ / "new.galdrine", identifier(15), fails(BackupFormatHeaderV1Error::invalidPackageIdentifier())},
-      {"17-byte identifier", directory_ / "new.galdrine", identifier(17), fails(BackupFormatHeaderV1Error::invalidPackageIdentifier())},
-      {"the extension comes first", directory_ / "file.backup", identifier(15), fails(Error::invalidPackageExtension())},
+  const struct { fs::path target; Bytes packageIdentifier; Result expected; } cases[] = {
+      {directory_ / ".galdrine", identifier(), fails(Error::invalidPackageExtension())},
+      {directory_ / "file.backup", identifier(15), fails(Error::invalidPackageExtension())},
+      {root_, identifier(), fails(Error::destinationAlreadyExists())},
+      {directory_ / "dangling.galdrine", identifier(), fails(Error::destinationAlreadyExists())},
+      {directory_ / "file" / "new.galdrine", identifier(), fails(Error::invalidParentDirectory())},
+      {directory_ / "linked" / "new.galdrine", identifier(), fails(Error::invalidParentDirectory())},
+      {directory_ / "new.galdrine", identifier(15), fails(BackupFormatHeaderV1Error::invalidPackageIdentifier())},
   };
   const std::vector<std::string> entriesBefore = parentEntries();
   const std::size_t before = testsupport::openDescriptorCount();
   for (const auto& row : cases) {
-    EXPECT_EQ(Package::create(row.target, row.packageIdentifier), row.expected) << row.name;
-    EXPECT_EQ(parentEntries(), entriesBefore) << row.name;
+    EXPECT_EQ(Package::create(row.target, row.packageIdentifier), row.expected) << row.target;
+    EXPECT_EQ(parentEntries(), entriesBefore) << row.target;
   }
-  EXPECT_EQ(testsupport::openDescriptorCount(), before);
-  EXPECT_TRUE(fs::is_symlink(directory_ / "dangling.galdrine"));
-}
-
-TEST_F(BackupPackageV1Test, AFailedWriteRemovesTheStagingDirectory) {
-  const std::vector<std::string> entriesBefore = parentEntries();
-  const std::size_t before = testsupport::openDescriptorCount();
   {
-    // The nine directories exist by now; the header's write runs past the file size limit.
-    testsupport::FileFixtures::LimitedFileSize limit(100);
+    // Fault point: the nine directories exist by now, and the header's write runs past the file size limit.
+    LimitedFileSize limit(100);
     EXPECT_EQ(Package::create(directory_ / "new.galdrine", identifier()), fails(platform::FileError{EFBIG}));
   }
   EXPECT_EQ(parentEntries(), entriesBefore);

@@ -8,23 +8,21 @@
 // recovery key, whose derivation is cheap, except where the altered byte lies inside the
 // passphrase envelope: only the passphrase can notice that damage.
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <optional>
 #include <random>
 #include <string>
 #include <vector>
 
-#include "support/BackupPackageDamage.hpp"
 #include "envelope/BackupKeyEnvelopeFileV1.hpp"
-#include "support/ExportTestSupport.hpp"
+#include "platform/ScopeGuard.hpp"
 #include "recovery/export/RecoveryExporter.hpp"
-#include "support/RecoveryTestPackages.hpp"
-#include "recoverytool/LiveBackendErrorMapping.hpp"
+#include "recoverytool/LiveBackend.hpp"
 #include "recoverytool/RecoveryToolFailureOutput.hpp"
+#include "support/ExportTestSupport.hpp"
+#include "support/RecoveryTestPackages.hpp"
 #include "support/TemporaryDirectory.hpp"
 
 namespace galdrine::recoverytool {
@@ -34,32 +32,16 @@ namespace {
 namespace Exporter = recovery::RecoveryExporter;
 using namespace testsupport::RecoveryTestPackages;
 using namespace testsupport::ExportTestSupport;
-using Written = writer::BackupWrittenCommit;
-
-constexpr std::size_t everyByteUpTo = 512;   // files up to this size are swept whole
-constexpr std::size_t metadataSample = 40;   // offsets drawn in a larger metadata file
-constexpr std::size_t payloadSample = 6;     // offsets drawn in each payload file
-constexpr std::size_t passphraseSample = 4;  // offsets drawn in the passphrase envelope
-
-[[nodiscard]] bool sweepsEveryByte() {
-  const char* setting = std::getenv("GALDRINE_TAMPER_SWEEP_EVERY_BYTE");
-  return setting != nullptr && std::string(setting) == "1";
-}
-
-// maskAt alternates a whole-byte flip with single-bit flips, so that both a garbled field and
-// a value one bit away are met.
-[[nodiscard]] std::uint8_t maskAt(std::size_t offset) {
-  return offset % 2 == 0 ? 0xFF : static_cast<std::uint8_t>(1u << (offset / 2 % 8));
-}
+using Factor = envelope::PortableKeyFactorV1;
 
 // offsetsIn gives every offset of [begin, end) when the range holds at most `wholeUpTo` bytes
 // or every byte is asked for, else the range's ends and `sample` offsets drawn from a seeded
-// stream.
-[[nodiscard]] std::vector<std::size_t> offsetsIn(std::size_t begin, std::size_t end, std::size_t sample,
-                                                 std::uint64_t seed, std::size_t wholeUpTo = everyByteUpTo) {
+// stream: 40 in a larger metadata file, 6 in each payload file, 4 in the passphrase envelope.
+std::vector<std::size_t> offsetsIn(std::size_t begin, std::size_t end, std::size_t sample, std::uint64_t seed,
+                                   std::size_t wholeUpTo = 512) {
+  const char* everyByte = std::getenv("GALDRINE_TAMPER_SWEEP_EVERY_BYTE");
   std::vector<std::size_t> offsets;
-  if (end <= begin) return offsets;
-  if (sweepsEveryByte() || end - begin <= wholeUpTo) {
+  if ((everyByte != nullptr && std::string_view(everyByte) == "1") || end - begin <= wholeUpTo) {
     for (std::size_t offset = begin; offset < end; ++offset) offsets.push_back(offset);
     return offsets;
   }
@@ -69,120 +51,90 @@ constexpr std::size_t passphraseSample = 4;  // offsets drawn in the passphrase 
   return offsets;
 }
 
-// FlippedByte alters one byte of a file for as long as it lives.
-class FlippedByte {
- public:
-  FlippedByte(const fs::path& file, std::size_t offset) : file_(file), offset_(offset) { flip(); }
-  ~FlippedByte() { flip(); }
-  FlippedByte(const FlippedByte&) = delete;
-  FlippedByte& operator=(const FlippedByte&) = delete;
-
- private:
-  void flip() const {
-    const int descriptor = ::open(file_.c_str(), O_RDWR | O_CLOEXEC);
-    std::uint8_t byte = 0;
-    const auto position = static_cast<off_t>(offset_);
-    bool flipped = descriptor >= 0 && ::pread(descriptor, &byte, 1, position) == 1;
-    byte ^= maskAt(offset_);
-    flipped = flipped && ::pwrite(descriptor, &byte, 1, position) == 1;
-    if (descriptor >= 0) ::close(descriptor);
-    if (!flipped) ADD_FAILURE() << "cannot alter " << file_ << " at " << offset_;
-  }
-
-  fs::path file_;
-  std::size_t offset_;
-};
+// flip alters one byte of `file`, the whole byte at even offsets and a single bit at odd ones,
+// so that both a garbled field and a value one bit away are met. A second flip restores it.
+void flip(const fs::path& file, std::size_t offset) {
+  Bytes bytes = testsupport::FileFixtures::readFile(file);
+  ASSERT_LT(offset, bytes.size()) << file;
+  bytes[offset] = static_cast<std::uint8_t>(bytes[offset] ^ (offset % 2 == 0 ? 0xFFu : 1u << (offset / 2 % 8)));
+  testsupport::FileFixtures::writeFile(file, bytes);
+}
 
 class ExportTamperSweepTest : public testing::Test {
  protected:
-  [[nodiscard]] fs::path packagePath() const { return directory_ / "Library.galdrine"; }
-  [[nodiscard]] fs::path destination() const { return directory_ / "Recovered"; }
-
-  [[nodiscard]] std::expected<recovery::RecoveryExportResult, recovery::RecoveryExporterError> exportWith(
-      envelope::PortableKeyFactorV1 factor) const {
-    const Bytes selected = bytesOf(written_.commitIdentifier);
-    return factor == envelope::PortableKeyFactorV1::recoveryKey
-               ? Exporter::exportWithRecoveryKey(packagePath(), kRecoveryKey, selected, destination())
-               : Exporter::exportWithBackupPassphrase(packagePath(), kPassphrase, selected, destination());
+  void SetUp() override {
+    auto written = writer_.writeCommit(library_);
+    ASSERT_TRUE(written.has_value());
+    written_ = std::move(*written);
   }
 
-  void expectRefused(const fs::path& file, std::size_t offset, envelope::PortableKeyFactorV1 factor) const {
-    const FlippedByte flipped(file, offset);
-    const auto result = exportWith(factor);
+  [[nodiscard]] fs::path packagePath() const { return directory_ / "Library.galdrine"; }
+
+  [[nodiscard]] std::expected<recovery::RecoveryExportResult, recovery::RecoveryExporterError> exportFlipped(
+      const fs::path& file, std::size_t offset, Factor factor) const {
+    flip(file, offset);
+    ScopeGuard restore{[&] { flip(file, offset); }};
+    const Bytes selected = bytesOf(written_->commitIdentifier);
+    return factor == Factor::recoveryKey
+               ? Exporter::exportWithRecoveryKey(packagePath(), kRecoveryKey, selected, directory_ / "Recovered")
+               : Exporter::exportWithBackupPassphrase(packagePath(), kPassphrase, selected, directory_ / "Recovered");
+  }
+
+  void expectRefused(const fs::path& file, std::size_t offset, Factor factor = Factor::recoveryKey) const {
+    const auto result = exportFlipped(file, offset, factor);
     ASSERT_FALSE(result.has_value()) << file.filename() << " at " << offset;
-    const int status = failureOutput(LiveBackendErrorMapping::mapExportError(result.error())).exitCode;
+    const int status = failureOutput(LiveBackend::mapExportError(result.error())).exitCode;
     EXPECT_TRUE(status == 3 || status == 4) << file.filename() << " at " << offset << ": " << status;
     EXPECT_EQ(entryNames(directory_.path()), std::vector<std::string>{"Library.galdrine"}) << file.filename() << " at " << offset;
-  }
-
-  void expectCompletedWithIssues(const fs::path& file, std::size_t offset) const {
-    {
-      const FlippedByte flipped(file, offset);
-      const auto result = exportWith(envelope::PortableKeyFactorV1::recoveryKey);
-      ASSERT_TRUE(result.has_value()) << file.filename() << " at " << offset << ": " << static_cast<int>(result.error());
-      EXPECT_EQ(result->status, recovery::RecoveryExportStatusV1::completedWithIssues) << file.filename() << " at " << offset;
-      EXPECT_GE(result->failedResourceCount, 1);
-      const auto exported = readExport(destination());
-      ASSERT_TRUE(exported.has_value());
-      expectEveryRecoveredFileIsItsResource(*exported, contents_);
-    }
-    fs::remove_all(destination());
-  }
-
-  // passphraseEnvelopeRange is where the passphrase envelope's own bytes stand in the file.
-  [[nodiscard]] std::pair<std::size_t, std::size_t> passphraseEnvelopeRange(const Bytes& file) const {
-    const auto read = envelope::BackupKeyEnvelopeFileV1::read(writer_.package());
-    if (!read) return {0, 0};
-    for (const auto& entry : read->envelopeSet.entries()) {
-      if (entry.metadata().factor() != envelope::PortableKeyFactorV1::backupPassphrase) continue;
-      const auto found = std::ranges::search(file, entry.envelope());
-      const auto begin = static_cast<std::size_t>(found.begin() - file.begin());
-      return {begin, begin + found.size()};
-    }
-    return {0, 0};
   }
 
   testsupport::TemporaryDirectory directory_;
   Writer writer_ = createWithBothFactors(packagePath());
   writer::BackupLibrarySnapshot library_ = library(31, 2, 1);
-  Written written_ = [&] {
-    auto written = writer_.writeCommit(library_);
-    if (!written) std::abort();
-    return std::move(*written);
-  }();
-  std::map<std::string, Bytes> contents_ = contentsByIdentifier(library_);
+  std::optional<writer::BackupWrittenCommit> written_;
 };
 
 TEST_F(ExportTamperSweepTest, DamagedMetadataIsAlwaysRefusedAndLeavesNothing) {
-  ASSERT_TRUE(written_.head.has_value());
-  std::vector<fs::path> files{packagePath() / "format-header.cbor", written_.head->file, written_.commitFile,
-                              written_.snapshotFile, written_.manifestRootFile};
-  files.insert(files.end(), written_.sectionFiles.begin(), written_.sectionFiles.end());
+  ASSERT_TRUE(written_->head.has_value());
+  std::vector<fs::path> files{packagePath() / "format-header.cbor", written_->head->file, written_->commitFile,
+                              written_->snapshotFile, written_->manifestRootFile};
+  files.insert(files.end(), written_->sectionFiles.begin(), written_->sectionFiles.end());
   std::uint64_t seed = 1;
   for (const fs::path& file : files) {
-    for (const std::size_t offset : offsetsIn(0, fs::file_size(file), metadataSample, seed++)) {
-      expectRefused(file, offset, envelope::PortableKeyFactorV1::recoveryKey);
-    }
+    for (const std::size_t offset : offsetsIn(0, fs::file_size(file), 40, seed++)) expectRefused(file, offset);
   }
 
+  // The passphrase envelope's own bytes are damage only the passphrase can notice.
   const fs::path envelopes = packagePath() / "key-envelopes.cbor";
   const Bytes envelopeBytes = testsupport::FileFixtures::readFile(envelopes);
-  const auto [begin, end] = passphraseEnvelopeRange(envelopeBytes);
+  const auto set = envelope::BackupKeyEnvelopeFileV1::read(writer_.package());
+  ASSERT_TRUE(set.has_value());
+  const auto entry = std::ranges::find(set->envelopeSet.entries(), Factor::backupPassphrase,
+                                       [](const auto& candidate) { return candidate.metadata().factor(); });
+  ASSERT_NE(entry, set->envelopeSet.entries().end());
+  const auto found = std::ranges::search(envelopeBytes, entry->envelope());
+  const auto begin = static_cast<std::size_t>(found.begin() - envelopeBytes.begin());
+  const std::size_t end = begin + found.size();
   ASSERT_LT(begin, end);
-  for (const std::size_t offset : offsetsIn(0, envelopeBytes.size(), metadataSample, seed++)) {
-    if (offset < begin || offset >= end) expectRefused(envelopes, offset, envelope::PortableKeyFactorV1::recoveryKey);
+  for (const std::size_t offset : offsetsIn(0, envelopeBytes.size(), 40, seed++)) {
+    if (offset < begin || offset >= end) expectRefused(envelopes, offset);
   }
-  for (const std::size_t offset : offsetsIn(begin, end, passphraseSample, seed++, 0)) {
-    expectRefused(envelopes, offset, envelope::PortableKeyFactorV1::backupPassphrase);
-  }
+  for (const std::size_t offset : offsetsIn(begin, end, 4, seed++, 0)) expectRefused(envelopes, offset, Factor::backupPassphrase);
 }
 
 TEST_F(ExportTamperSweepTest, DamagedMediaCompleteWithIssuesHoldingOnlyProvedFiles) {
-  ASSERT_GE(written_.payloadFiles.size(), 3u);
+  ASSERT_GE(written_->payloadFiles.size(), 3u);
   std::uint64_t seed = 100;
-  for (const auto& payload : written_.payloadFiles) {
-    for (const std::size_t offset : offsetsIn(0, payload.fileByteCount, payloadSample, seed++)) {
-      expectCompletedWithIssues(payload.path, offset);
+  for (const auto& payload : written_->payloadFiles) {
+    for (const std::size_t offset : offsetsIn(0, payload.fileByteCount, 6, seed++)) {
+      const auto result = exportFlipped(payload.path, offset, Factor::recoveryKey);
+      ASSERT_TRUE(result.has_value()) << payload.path.filename() << " at " << offset;
+      EXPECT_EQ(result->status, recovery::RecoveryExportStatusV1::completedWithIssues) << payload.path << " at " << offset;
+      EXPECT_GE(result->failedResourceCount, 1);
+      const auto exported = readExport(directory_ / "Recovered");
+      ASSERT_TRUE(exported.has_value());
+      expectEveryRecoveredFileIsItsResource(*exported, contentsByIdentifier(library_));
+      fs::remove_all(directory_ / "Recovered");
     }
   }
 }

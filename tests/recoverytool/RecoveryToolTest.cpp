@@ -1,235 +1,172 @@
-#include <gtest/gtest.h>
+// The driver against a credential reader and a backend that answer as a test tells them:
+// every outcome with its status and text, the credential's bound, its wiping on every way out,
+// and the snapshot an export selects by its code.
 
+#include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+
+#include <optional>
 #include <string>
+#include <tuple>
 #include <vector>
 
-#include "recoverytool/RecoveryToolSelectionCode.hpp"
 #include "recoverytool/RecoveryTool.hpp"
-#include "recoverytool/RecoveryToolFailureOutput.hpp"
+#include "recoverytool/RecoveryToolSelectionCode.hpp"
 #include "recoverytool/RecoveryToolUsage.hpp"
-#include "RecoveryToolFakes.hpp"
+#include "support/ReleasedSecretScan.hpp"
 
 namespace galdrine::recoverytool {
 
 namespace {
 
 using Arguments = std::vector<std::string>;
+using Factor = envelope::PortableKeyFactorV1;
+using Input = credential::CredentialInput;
 using enum RecoveryToolError;
 
-const Bytes packageIdentifier{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
+const std::string marker = "QZXJ-driver-credential-marker";
+const Bytes packageIdentifier(16, 0x01);
 const Bytes firstCommit(16, 0x11);
-const Bytes secondCommit(16, 0x22);
 const std::string firstCode = RecoveryTool::selectionCode(packageIdentifier, firstCommit);
 
-Arguments inspectArguments() { return {"inspect", "/p/a.galdrine", "--recovery-key", "--credential-stdin"}; }
+RecoveryToolInspection inspectionOf(const std::vector<Bytes>& commits) {
+  RecoveryToolInspection inspection;
+  inspection.packageIdentifier = packageIdentifier;
+  for (const Bytes& commit : commits) inspection.snapshots.emplace_back().commitIdentifier = commit;
+  return inspection;
+}
+
+class FakeCredentialReader final : public credential::CredentialReading {
+ public:
+  std::optional<std::string> credential = marker;  // nothing: the read fails
+  std::optional<std::tuple<Factor, Input, std::int64_t>> request;  // what the one read asked for
+
+  std::expected<Bytes, credential::CredentialReadingFailure> read(Factor factor, Input input, std::int64_t maximum) override {
+    request = {factor, input, maximum};
+    if (!credential) return std::unexpected(credential::CredentialReadingFailure{});
+    return ByteText::bytes(*credential);
+  }
+};
+
+class FakeBackend final : public RecoveryToolBackend {
+ public:
+  std::expected<RecoveryToolInspection, RecoveryToolError> inspection = inspectionOf({firstCommit});
+  std::expected<recovery::RecoveryExportResult, RecoveryToolError> exportResult = recovery::RecoveryExportResult{};
+  std::vector<std::tuple<std::filesystem::path, Factor, Bytes>> calls;  // package, factor and credential of each call
+  Bytes selectedCommitIdentifier;
+  std::filesystem::path destinationPath;
+
+  std::expected<RecoveryToolInspection, RecoveryToolError> inspect(const std::filesystem::path& path, Factor factor,
+                                                                   ByteView credential) override {
+    calls.emplace_back(path, factor, Bytes(credential.begin(), credential.end()));
+    return inspection;
+  }
+
+  std::expected<recovery::RecoveryExportResult, RecoveryToolError> exportSnapshot(
+      const std::filesystem::path& path, Factor factor, ByteView credential, ByteView commitIdentifier,
+      const std::filesystem::path& destination) override {
+    calls.emplace_back(path, factor, Bytes(credential.begin(), credential.end()));
+    selectedCommitIdentifier.assign(commitIdentifier.begin(), commitIdentifier.end());
+    destinationPath = destination;
+    return exportResult;
+  }
+};
+
+const Arguments inspectArguments{"inspect", "/p/a.galdrine", "--recovery-key", "--credential-stdin"};
 
 Arguments exportArguments(const std::string& code) {
   return {"export", "/p/a.galdrine", "--snapshot", code, "--destination", "/out/new", "--backup-passphrase"};
 }
 
-RecoveryToolSnapshot snapshotAt(const Bytes& commitIdentifier) {
-  RecoveryToolSnapshot snapshot;
-  snapshot.commitIdentifier = commitIdentifier;
-  return snapshot;
-}
-
-RecoveryToolInspection twoSnapshotInspection() {
-  RecoveryToolInspection inspection;
-  inspection.packageIdentifier = packageIdentifier;
-  inspection.formatIdentifier = "com.galdrine.backup.v1";
-  inspection.formatVersion = 1;
-  inspection.snapshots = {snapshotAt(secondCommit), snapshotAt(firstCommit)};
-  return inspection;
-}
-
-std::string text(const Bytes& bytes) { return std::string(bytes.begin(), bytes.end()); }
-
-RecoveryToolExecution failed(RecoveryToolError error) {
-  const RecoveryToolFailureOutput output = failureOutput(error);
-  return {output.exitCode, {}, ByteText::bytes(output.standardError)};
-}
-
 struct DriverRun {
   FakeCredentialReader reader;
   FakeBackend backend;
-  RecoveryToolExecution execute(const Arguments& arguments) {
-    (void)ReleasedBlockWatch::takeReport();
-    return RecoveryTool::execute(arguments, reader, backend);
-  }
+  RecoveryToolExecution execute(const Arguments& arguments) { return RecoveryTool::execute(arguments, reader, backend); }
 };
 
-TEST(RecoveryTool, HelpAndSelfTestNeedNoCredential) {
-  DriverRun run;
-  const RecoveryToolExecution selfTest{0, ByteText::bytes("Galdrine recovery self-test passed for com.galdrine.backup.v1.\n"), {}};
-  EXPECT_EQ(run.execute({}), selfTest);
-  EXPECT_EQ(run.execute({"self-test"}), selfTest);
-  for (const char* word : {"help", "--help", "-h"}) {
-    EXPECT_EQ(run.execute({word}), (RecoveryToolExecution{0, ByteText::bytes(recoveryToolUsageText), {}}));
-  }
-  EXPECT_EQ(run.reader.readCount, 0);
-}
+// Each run: its status and standard error, that a misuse asks for no credential, that the
+// backend sees the credential as read, and that no block holding it is given back unwiped.
+TEST(RecoveryTool, EveryRunEndsInItsStatusAndTextAndWipesTheCredential) {
+  testsupport::ReleasedSecretScan::arm(marker);
+  { const Bytes copy = ByteText::bytes(marker); }
+  ASSERT_EQ(testsupport::ReleasedSecretScan::disarm(), 1);  // the scan sees an unwiped release
 
-TEST(RecoveryTool, MisuseEndsBeforeAnyCredentialIsAskedFor) {
-  const std::string upperCode(64, 'F');
+  const std::string usage(recoveryToolUsageText);
+  const std::string invalid = "The portable credential is invalid.\n";
+  const std::string unlock = "The portable credential did not unlock the backup.\n";
   const struct {
     Arguments arguments;
-    RecoveryToolError expected;
+    std::optional<RecoveryToolError> inspectError;
+    std::optional<RecoveryToolError> exportError;
+    std::int32_t exitCode;
+    std::string text;
+    std::optional<std::string> credential = marker;
   } cases[] = {
-      {{"help", "inspect"}, invalidArguments},
-      {{"inspect", "a.galdrine"}, invalidArguments},
-      {{"inspect", "a.galdrine", "--recovery-key", "--recovery-key"}, invalidArguments},
-      {{"export", "a", "--snapshot", upperCode, "--destination", "d", "--recovery-key"}, invalidArguments},
-      {{"export", "a", "--snapshot", std::string(63, 'a'), "--destination", "d", "--recovery-key"}, invalidArguments},
-      {{"inspect", "a", "--backup-passphrase=secret"}, credentialInArguments},
-      {{"--backup-passphrase=x", "inspect", "a", "--app-code=1234"}, appCodeForbidden},
-  };
-  for (const auto& misuse : cases) {
-    DriverRun run;
-    EXPECT_EQ(run.execute(misuse.arguments), failed(misuse.expected)) << misuse.arguments.size();
-    EXPECT_EQ(run.reader.readCount, 0);
-    EXPECT_EQ(run.backend.inspectCount, 0);
-  }
-}
-
-TEST(RecoveryTool, VerificationOfMissingFixturesIsACompatibilityFailure) {
-  DriverRun run;
-  EXPECT_EQ(run.execute({"verify-golden", "no-such-golden.json"}), failed(compatibilityVerificationFailed));
-  EXPECT_EQ(run.execute({"verify-fixtures", "no-such-index.json"}), failed(compatibilityVerificationFailed));
-  EXPECT_EQ(run.reader.readCount, 0);
-}
-
-TEST(RecoveryTool, CredentialIsBoundedAndPassedOnUnchanged) {
-  const struct {
-    const char* name;
-    std::optional<Bytes> credential;
-    std::optional<RecoveryToolError> expected;
-  } cases[] = {
-      {"exactly the bound", Bytes(16384, 0x7A), std::nullopt},
-      {"one byte over the bound", Bytes(16385, 0x7A), invalidCredential},
-      {"empty", Bytes{}, invalidCredential},
-      {"reader failure", std::nullopt, credentialUnavailable},
-      {"raw bytes", Bytes{0x00, 0xFF, '\r', '\n', 0x80}, std::nullopt},
+      {inspectArguments, {}, {}, 0, ""},
+      {exportArguments(firstCode), {}, {}, 0, ""},
+      {{"help", "inspect"}, {}, {}, 2, usage},
+      {exportArguments(std::string(64, 'A')), {}, {}, 2, usage},
+      {{"--backup-passphrase=x", "inspect", "a", "--app-code=1"}, {}, {}, 2,
+       "Local App Code is device-only and cannot unlock a portable Galdrine backup.\n"},
+      {{"inspect", "a", "--backup-passphrase=x"}, {}, {}, 2,
+       "Never pass a credential in command arguments. Use the hidden prompt or --credential-stdin.\n"},
+      {{"verify-golden", "no-such-golden.json"}, {}, {}, 4, "Galdrine compatibility verification failed.\n"},
+      {inspectArguments, {}, {}, 3, "The credential could not be read securely.\n", std::nullopt},
+      {inspectArguments, {}, {}, 3, invalid, ""},
+      {inspectArguments, {}, {}, 3, invalid, marker + std::string(16384 - marker.size() + 1, 'k')},
+      {inspectArguments, unlockFailed, {}, 4, unlock, marker + std::string(16384 - marker.size(), 'k')},
+      {inspectArguments, unlockFailed, {}, 4, unlock, std::string("\0\xFF\r\n\x80", 5)},
+      {inspectArguments, invalidCredential, {}, 3, invalid},
+      {inspectArguments, invalidPackage, {}, 4, "The backup package is invalid or unsupported.\n"},
+      {inspectArguments, packageUnavailable, {}, 4, "The backup package is unavailable.\n"},
+      {inspectArguments, resourceLimitExceeded, {}, 4, "The backup exceeds safe recovery limits.\n"},
+      {exportArguments(firstCode), integrityFailure, {}, 4, "Backup integrity verification failed.\n"},
+      {exportArguments(firstCode), operationFailed, {}, 4, "Galdrine recovery operation failed safely.\n"},
+      {exportArguments(std::string(64, '0')), {}, {}, 4,
+       "The selected snapshot is not present in the current authenticated inspection. Run inspect again.\n"},
+      {exportArguments(firstCode), {}, destinationExists, 5, "The recovery destination already exists.\n"},
+      {exportArguments(firstCode), {}, destinationUnavailable, 5, "The recovery destination is unavailable.\n"},
+      {exportArguments(firstCode), {}, outputWriteFailed, 5, "Recovery output could not be written safely.\n"},
   };
   for (const auto& testCase : cases) {
     DriverRun run;
     run.reader.credential = testCase.credential;
-    run.backend.inspection = std::unexpected(unlockFailed);
-    const RecoveryToolExecution execution = run.execute(inspectArguments());
-    EXPECT_EQ(run.reader.readCount, 1) << testCase.name;
-    EXPECT_EQ(run.reader.factor, envelope::PortableKeyFactorV1::recoveryKey);
-    EXPECT_EQ(run.reader.input, credential::CredentialInput::standardInput);
-    EXPECT_EQ(run.reader.maximumByteCount, 16384);
-    if (testCase.expected) {
-      EXPECT_EQ(execution, failed(*testCase.expected)) << testCase.name;
-      EXPECT_EQ(run.backend.inspectCount, 0) << testCase.name;
-    } else {
-      EXPECT_EQ(execution, failed(unlockFailed)) << testCase.name;
-      ASSERT_EQ(run.backend.credentialsSeen.size(), 1u) << testCase.name;
-      EXPECT_EQ(run.backend.credentialsSeen[0], *testCase.credential) << testCase.name;
-      EXPECT_EQ(run.backend.packagePath, std::filesystem::path("/p/a.galdrine"));
+    if (testCase.inspectError) run.backend.inspection = std::unexpected(*testCase.inspectError);
+    if (testCase.exportError) run.backend.exportResult = std::unexpected(*testCase.exportError);
+    testsupport::ReleasedSecretScan::arm(marker);
+    const RecoveryToolExecution execution = run.execute(testCase.arguments);
+    EXPECT_EQ(testsupport::ReleasedSecretScan::disarm(), 0) << testCase.text;
+    EXPECT_EQ(execution.exitCode, testCase.exitCode) << testCase.text;
+    EXPECT_EQ(ByteText::text(execution.standardError), testCase.text);
+    EXPECT_EQ(execution.standardOutput.empty(), testCase.exitCode != 0) << testCase.text;
+    const bool reads = testCase.exitCode != 2 && (testCase.arguments[0] == "inspect" || testCase.arguments[0] == "export");
+    EXPECT_EQ(run.reader.request.has_value(), reads) << testCase.text;
+    for (const auto& [path, factor, credential] : run.backend.calls) {
+      EXPECT_EQ(path, std::filesystem::path("/p/a.galdrine"));
+      EXPECT_EQ(credential, ByteText::bytes(testCase.credential.value_or(""))) << testCase.text;
     }
   }
 }
 
-TEST(RecoveryTool, CredentialIsWipedOnEveryRoad) {
-  RecoveryToolInspection badText = twoSnapshotInspection();
-  badText.formatIdentifier = "\xFF";
-  const struct {
-    const char* name;
-    Arguments arguments;
-    Bytes credential;
-    std::expected<RecoveryToolInspection, RecoveryToolError> inspection;
-    std::expected<recovery::RecoveryExportResult, RecoveryToolError> exportResult;
-    std::int32_t exitCode;
-  } roads[] = {
-      {"inspect", inspectArguments(), Bytes(40, 'k'), twoSnapshotInspection(), {}, 0},
-      {"inspect refused", inspectArguments(), Bytes(40, 'k'), std::unexpected(integrityFailure), {}, 4},
-      {"document not encodable", inspectArguments(), Bytes(40, 'k'), badText, {}, 4},
-      {"over the bound", inspectArguments(), Bytes(16385, 'k'), twoSnapshotInspection(), {}, 3},
-      {"export", exportArguments(firstCode), Bytes(40, 'k'), twoSnapshotInspection(), {}, 0},
-      {"unknown code", exportArguments(std::string(64, '0')), Bytes(40, 'k'), twoSnapshotInspection(), {}, 4},
-      {"export refused", exportArguments(firstCode), Bytes(40, 'k'), twoSnapshotInspection(),
-       std::unexpected(destinationExists), 5},
-  };
-  for (const auto& road : roads) {
-    DriverRun run;
-    run.reader.credential = road.credential;
-    run.backend.inspection = road.inspection;
-    run.backend.exportResult = road.exportResult;
-    EXPECT_EQ(run.execute(road.arguments).exitCode, road.exitCode) << road.name;
-    const ReleasedBlockWatch::Report report = ReleasedBlockWatch::takeReport();
-    EXPECT_EQ(report.releasedCount, 1) << road.name;
-    EXPECT_EQ(report.releasedUnwipedCount, 0) << road.name;
-  }
-}
-
-TEST(RecoveryTool, BackendFailuresReachTheUserThroughTheTable) {
-  for (const RecoveryToolError error : {invalidCredential, invalidPackage, unlockFailed, packageUnavailable,
-                                        resourceLimitExceeded, integrityFailure, operationFailed}) {
-    DriverRun run;
-    run.backend.inspection = std::unexpected(error);
-    EXPECT_EQ(run.execute(inspectArguments()), failed(error));
-    EXPECT_EQ(run.execute(exportArguments(firstCode)), failed(error));
-    EXPECT_EQ(run.backend.exportCount, 0);
-  }
+TEST(RecoveryTool, ExportUnlocksTwiceWithTheSelectedCommitAndPrintsItsDocument) {
   DriverRun run;
-  run.backend.inspection = twoSnapshotInspection();
-  for (const RecoveryToolError error : {snapshotSelectionNotFound, destinationUnavailable, outputWriteFailed}) {
-    run.backend.exportResult = std::unexpected(error);
-    EXPECT_EQ(run.execute(exportArguments(firstCode)), failed(error));
-  }
-}
-
-TEST(RecoveryTool, UnknownSelectionCodeIsReportedOnlyAfterUnlocking) {
-  DriverRun run;
-  run.backend.inspection = twoSnapshotInspection();
-  const std::string otherPackageCode = RecoveryTool::selectionCode(Bytes(16, 0xEE), firstCommit);
-  EXPECT_EQ(run.execute(exportArguments(otherPackageCode)), failed(snapshotSelectionNotFound));
-  EXPECT_EQ(run.reader.readCount, 1);
-  EXPECT_EQ(run.backend.inspectCount, 1);
-  EXPECT_EQ(run.backend.exportCount, 0);
-
-  // A code that two snapshots share selects neither.
-  RecoveryToolInspection twice = twoSnapshotInspection();
-  twice.snapshots.push_back(snapshotAt(firstCommit));
-  run.backend.inspection = twice;
-  EXPECT_EQ(run.execute(exportArguments(firstCode)), failed(snapshotSelectionNotFound));
-  EXPECT_EQ(run.backend.exportCount, 0);
-}
-
-TEST(RecoveryTool, ExportUnlocksWithTheSelectedCommitAndPrintsItsDocument) {
-  DriverRun run;
-  run.backend.inspection = twoSnapshotInspection();
-  recovery::RecoveryExportResult result;
-  result.outputPath = "/out/new";
-  result.selectedCommitIdentifier = firstCommit;
-  result.selectedSnapshotIdentifier = Bytes(16, 0x33);
-  result.status = recovery::RecoveryExportStatusV1::completedWithIssues;
-  result.totalItemCount = 5;
-  result.recoveredItemCount = 4;
-  result.totalResourceCount = 7;
-  result.recoveredResourceCount = 6;
-  result.failedResourceCount = 1;
-  run.backend.exportResult = result;
-
+  run.backend.inspection = inspectionOf({Bytes(16, 0x22), firstCommit});
+  run.backend.exportResult = recovery::RecoveryExportResult{
+      "/out/new", firstCommit, Bytes(16, 0x33), recovery::RecoveryExportStatusV1::completedWithIssues, 5, 4, 7, 6, 1};
   const RecoveryToolExecution execution = run.execute(exportArguments(firstCode));
-  ASSERT_EQ(execution.exitCode, 0) << text(execution.standardError);
-  EXPECT_TRUE(execution.standardError.empty());
+  EXPECT_EQ(run.reader.request, std::tuple(Factor::backupPassphrase, Input::hiddenTerminal, std::int64_t{16384}));
+  EXPECT_EQ(run.backend.calls.size(), 2u);
+  EXPECT_EQ(std::get<Factor>(run.backend.calls.back()), Factor::backupPassphrase);
   EXPECT_EQ(run.backend.selectedCommitIdentifier, firstCommit);
   EXPECT_EQ(run.backend.destinationPath, std::filesystem::path("/out/new"));
-  EXPECT_EQ(run.backend.factor, envelope::PortableKeyFactorV1::backupPassphrase);
-  EXPECT_EQ(run.backend.credentialsSeen, (std::vector<Bytes>{{'p', 'w'}, {'p', 'w'}}));
-  const nlohmann::json expected = {{"schemaIdentifier", "com.galdrine.recovery.cli-export.v1"},
-                                   {"status", "completed-with-issues"},
-                                   {"selectedSnapshotCode", firstCode},
-                                   {"totalItemCount", 5},
-                                   {"recoveredItemCount", 4},
-                                   {"totalResourceCount", 7},
-                                   {"recoveredResourceCount", 6},
-                                   {"failedResourceCount", 1}};
-  EXPECT_EQ(nlohmann::json::parse(text(execution.standardOutput)), expected);
-  EXPECT_EQ(text(execution.standardOutput).find("/out"), std::string::npos);
+  ASSERT_EQ(execution.exitCode, 0);
+  const std::string output(ByteText::text(execution.standardOutput));
+  EXPECT_EQ(output, nlohmann::json::parse(output).dump(2) + "\n");  // the documents' one text form
+  EXPECT_EQ(nlohmann::json::parse(output),
+            nlohmann::json::parse(R"({"schemaIdentifier": "com.galdrine.recovery.cli-export.v1",
+              "status": "completed-with-issues",
+              "selectedSnapshotCode": ")" + firstCode + R"(", "totalItemCount": 5, "recoveredItemCount": 4,
+              "totalResourceCount": 7, "recoveredResourceCount": 6, "failedResourceCount": 1})"));
 }
 
 }  // namespace

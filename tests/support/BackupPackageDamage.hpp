@@ -1,14 +1,13 @@
 #pragma once
-// BackupPackageDamage spoils a written package on purpose, so that tests can show
-// what a reader makes of damage: a payload file of a given resource, or one metadata file of a
-// given commit, removed, cut short, lengthened, altered in one byte, or replaced by a symbolic
-// link, a directory or an empty file; or a stray file added. Each helper changes exactly what
-// it says and nothing else, and finds its file through what the writer reported.
+// BackupPackageDamage spoils a written package on purpose, so that tests can show what a
+// reader makes of damage: a payload file of a given resource, or one metadata file of a given
+// commit, removed, cut short, lengthened, altered in one byte, or replaced by a symbolic link,
+// a directory or an empty file; or a stray file added. Each helper changes exactly what it
+// says and nothing else, and finds its file through what the writer reported.
 
 #include <cstdint>
 #include <expected>
 #include <filesystem>
-#include <optional>
 #include <string_view>
 
 #include "writer/BackupWrittenCommit.hpp"
@@ -27,14 +26,7 @@ enum class BackupFileDamage : std::uint8_t {
   replaceByEmptyFile,     // the file keeps its name and loses every byte
 };
 
-enum class BackupMetadataFile : std::uint8_t {
-  commit,
-  head,
-  snapshot,
-  manifestRoot,
-  manifestSection,
-  keyEnvelopes,
-};
+enum class BackupMetadataFile : std::uint8_t { commit, head, snapshot, manifestRoot, manifestSection };
 
 namespace BackupPackageDamage {
 
@@ -43,10 +35,6 @@ namespace BackupPackageDamage {
 [[nodiscard]] std::expected<void, platform::FileError> damageFile(const std::filesystem::path& packagePath,
                                                                        const std::filesystem::path& file,
                                                                        BackupFileDamage damage);
-
-// alterByte flips every bit of the byte at `offset` (EINVAL past the end).
-[[nodiscard]] std::expected<void, platform::FileError> alterByte(const std::filesystem::path& file,
-                                                                      std::uint64_t offset);
 
 // damagePayload damages the file that holds part `partIndex` of the resource `resourceIdentifier`
 // of `commit`, and gives its path. A resource or part the commit does not describe is ENOENT.
@@ -60,16 +48,9 @@ namespace BackupPackageDamage {
 [[nodiscard]] std::expected<std::filesystem::path, platform::FileError> metadataFile(
     const writer::BackupWrittenCommit& commit, BackupMetadataFile which, std::size_t sectionIndex = 0);
 
-// alterMetadataByte flips every bit of the middle byte of that file, and gives its path.
-[[nodiscard]] std::expected<std::filesystem::path, platform::FileError> alterMetadataByte(
-    const writer::BackupWrittenCommit& commit, BackupMetadataFile which, std::size_t sectionIndex = 0);
-
 // addStrayFile creates `name` holding `bytes` in `directory`, refusing to replace anything.
 [[nodiscard]] std::expected<std::filesystem::path, platform::FileError> addStrayFile(
     const std::filesystem::path& directory, std::string_view name, ByteView bytes);
-
-// packagePathOf gives the root of the package that `commit` was written to.
-[[nodiscard]] std::filesystem::path packagePathOf(const writer::BackupWrittenCommit& commit);
 
 }  // namespace BackupPackageDamage
 

@@ -1,14 +1,6 @@
 #include "support/BackupSampleLibrary.hpp"
 
-#include <fcntl.h>
-
-#include <algorithm>
-#include <array>
-#include <string>
-
-#include "writer/BackupPseudoRandom.hpp"
-#include "platform/FileDescriptor.hpp"
-#include "platform/Files.hpp"
+#include <utility>
 
 namespace galdrine::testsupport {
 
@@ -19,46 +11,43 @@ using Role = format::BackupMediaResourceRoleV1;
 
 constexpr std::uint64_t identifierStream = 0x6964656e74696669ULL;
 constexpr std::uint64_t sizeStream = 0x73697a6573697a65ULL;
-constexpr std::size_t materializePieceByteCount = 16 * 1024 * 1024;
 constexpr std::int64_t minuteMilliseconds = 60000;
 
-// Draws is the shape's stream of identifiers and sizes, consumed in a fixed order.
-class Draws {
- public:
-  explicit Draws(std::uint64_t seed) : seed_(seed) {}
+// word gives the 64-bit word at position `index` of the stream of `seed`.
+[[nodiscard]] constexpr std::uint64_t word(std::uint64_t seed, std::uint64_t index) {
+  std::uint64_t value = seed + (index + 1) * 0x9E3779B97F4A7C15ULL;
+  value = (value ^ (value >> 30)) * 0xBF58476D1CE4E5B9ULL;
+  value = (value ^ (value >> 27)) * 0x94D049BB133111EBULL;
+  return value ^ (value >> 31);
+}
+
+// Draws is the shape's streams of identifiers, sizes and content seeds, each consumed in order.
+struct Draws {
+  std::uint64_t seed;
+  std::uint64_t identifiers = 0;
+  std::uint64_t sizes = 0;
+  std::uint64_t contents = 0;
 
   [[nodiscard]] format::BackupIdentifierV1 identifier() {
     format::BackupIdentifierV1 identifier{};
-    writer::BackupPseudoRandom::fill(seed_ ^ identifierStream, 16 * identifiers_++, identifier);
+    BackupSampleLibrary::fill(seed ^ identifierStream, 16 * identifiers++, identifier);
     return identifier;
   }
-  [[nodiscard]] std::uint64_t size(const BackupSampleByteRange& range) {
-    const std::uint64_t span = range.maximum - range.minimum + 1;
-    return range.minimum + writer::BackupPseudoRandom::word(seed_ ^ sizeStream, sizes_++) % span;
-  }
-  [[nodiscard]] std::uint64_t contentSeed() { return writer::BackupPseudoRandom::word(seed_, contents_++); }
 
- private:
-  std::uint64_t seed_;
-  std::uint64_t identifiers_ = 0;
-  std::uint64_t sizes_ = 0;
-  std::uint64_t contents_ = 0;
+  // resource adds to `item` one file whose size is drawn from `range`.
+  void resource(writer::BackupItemDescription& item, Role role, std::string_view type, const BackupSampleByteRange& range,
+                bool moving) {
+    writer::BackupResourceDescription resource{identifier(), role, std::string(type), writer::BackupPixelSize{4032, 3024},
+                                               std::nullopt, {}};
+    if (moving) resource.durationSeconds = 2.5;
+    const std::uint64_t byteCount = range.minimum + word(seed ^ sizeStream, sizes++) % (range.maximum - range.minimum + 1);
+    resource.content = BackupSampleLibrary::content(word(seed, contents++), byteCount);
+    item.resources.push_back(std::move(resource));
+  }
 };
 
-[[nodiscard]] writer::BackupResourceDescription resource(Draws& draws, Role role, std::string_view type,
-                                                           std::uint64_t byteCount, bool moving) {
-  writer::BackupResourceDescription resource;
-  resource.identifier = draws.identifier();
-  resource.role = role;
-  resource.uniformTypeIdentifier = type;
-  resource.pixelSize = writer::BackupPixelSize{4032, 3024};
-  if (moving) resource.durationSeconds = 2.5;
-  resource.content = BackupSampleLibrary::content(draws.contentSeed(), byteCount);
-  return resource;
-}
-
 [[nodiscard]] writer::BackupItemDescription item(Draws& draws, Kind kind, std::size_t position,
-                                                   const BackupSampleLibraryShape& shape) {
+                                                 const BackupSampleLibraryShape& shape) {
   writer::BackupItemDescription item;
   item.identifier = draws.identifier();
   item.kind = kind;
@@ -66,23 +55,18 @@ class Draws {
   item.displayTimeZoneSeconds = 3600;
   item.importDateUTCMilliseconds = item.displayDateUTCMilliseconds + minuteMilliseconds / 2;
   item.favorite = position % 3 == 0;
-  std::string number = std::to_string(1000 + position);
-  switch (kind) {
-    case Kind::photo:
-      item.originalFilename = "IMG_" + number + ".JPG";
-      item.resources.push_back(resource(draws, Role::primary, "public.jpeg", draws.size(shape.photoByteRange), false));
-      break;
-    case Kind::livePhoto:
-      item.originalFilename = "IMG_" + number + ".HEIC";
-      item.resources.push_back(resource(draws, Role::primary, "public.heic", draws.size(shape.photoByteRange), false));
-      item.resources.push_back(
-          resource(draws, Role::pairedVideo, "com.apple.quicktime-movie", draws.size(shape.photoByteRange), true));
-      break;
-    case Kind::video:
-      item.originalFilename = "MOV_" + number + ".MOV";
-      item.resources.push_back(
-          resource(draws, Role::primary, "com.apple.quicktime-movie", draws.size(shape.videoByteRange), true));
-      break;
+  const std::string number = std::to_string(1000 + position);
+  constexpr std::string_view movie = "com.apple.quicktime-movie";
+  if (kind == Kind::photo) {
+    item.originalFilename = "IMG_" + number + ".JPG";
+    draws.resource(item, Role::primary, "public.jpeg", shape.photoByteRange, false);
+  } else if (kind == Kind::livePhoto) {
+    item.originalFilename = "IMG_" + number + ".HEIC";
+    draws.resource(item, Role::primary, "public.heic", shape.photoByteRange, false);
+    draws.resource(item, Role::pairedVideo, movie, shape.photoByteRange, true);
+  } else {
+    item.originalFilename = "MOV_" + number + ".MOV";
+    draws.resource(item, Role::primary, movie, shape.videoByteRange, true);
   }
   return item;
 }
@@ -90,18 +74,16 @@ class Draws {
 void arrange(writer::BackupLibrarySnapshot& library, Draws& draws, const BackupSampleLibraryShape& shape) {
   for (std::size_t position = 0; position < shape.folderCount; ++position) {
     writer::BackupFolderDescription folder{draws.identifier(), std::nullopt, "Folder " + std::to_string(position + 1),
-                                             static_cast<std::int64_t>(position)};
+                                           static_cast<std::int64_t>(position)};
     if (position > 0) folder.parentFolderIdentifier = library.folders.back().identifier;
     library.folders.push_back(std::move(folder));
   }
   for (std::size_t position = 0; position < shape.albumCount; ++position) {
-    writer::BackupAlbumDescription album;
-    album.identifier = draws.identifier();
-    album.name = "Album " + std::to_string(position + 1);
+    writer::BackupAlbumDescription album{draws.identifier(), std::nullopt, "Album " + std::to_string(position + 1),
+                                         std::nullopt, static_cast<format::BackupAlbumSortModeV1>(position % 5), false,
+                                         static_cast<std::int64_t>(position)};
     if (position % 2 == 0 && !library.folders.empty()) album.parentFolderIdentifier = library.folders.back().identifier;
-    album.sortMode = static_cast<format::BackupAlbumSortModeV1>(position % 5);
     album.manualOrderEnabled = album.sortMode == format::BackupAlbumSortModeV1::manual;
-    album.manualPosition = static_cast<std::int64_t>(position);
     for (std::size_t member = position; member < library.items.size(); member += shape.albumCount) {
       if (!album.coverItemIdentifier) album.coverItemIdentifier = library.items[member].identifier;
       library.memberships.push_back({album.identifier, library.items[member].identifier,
@@ -117,61 +99,37 @@ void arrange(writer::BackupLibrarySnapshot& library, Draws& draws, const BackupS
   }
 }
 
-[[nodiscard]] std::expected<void, platform::FileError> writeContent(const std::filesystem::path& file,
-                                                                         const writer::BackupContentSource& source) {
-  auto reader = writer::BackupContentReader::open(source);
-  if (!reader) return std::unexpected(platform::FileError{EIO});
-  auto output = platform::FileDescriptor::open(file, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0644);
-  if (!output) return std::unexpected(output.error());
-  Bytes piece(static_cast<std::size_t>(std::min<std::uint64_t>(materializePieceByteCount, reader->byteCount())));
-  while (reader->position() < reader->byteCount()) {
-    const auto count =
-        static_cast<std::size_t>(std::min<std::uint64_t>(piece.size(), reader->byteCount() - reader->position()));
-    if (!reader->read(std::span(piece.data(), count))) return std::unexpected(platform::FileError{EIO});
-    if (auto done = platform::Files::writeAll(output->get(), ByteView(piece.data(), count)); !done) return done;
-  }
-  return output->close();
-}
-
 }  // namespace
 
 namespace BackupSampleLibrary {
 
+void fill(std::uint64_t seed, std::uint64_t offset, std::span<std::uint8_t> into) {
+  // Each byte is taken from its word little-endian, whatever the machine's order: a piece
+  // starting anywhere equals the same bytes of the whole stream.
+  for (std::size_t written = 0; written < into.size();) {
+    const std::uint64_t position = offset + written;
+    const std::uint64_t value = word(seed, position / 8);
+    for (std::uint64_t byte = position % 8; byte < 8 && written < into.size(); ++byte)
+      into[written++] = static_cast<std::uint8_t>(value >> (8 * byte));
+  }
+}
+
 writer::BackupContentSource content(std::uint64_t seed, std::uint64_t byteCount) {
   return writer::BackupContentSource::generated(byteCount, [seed](std::uint64_t offset, std::span<std::uint8_t> into) {
-    writer::BackupPseudoRandom::fill(seed, offset, into);
+    fill(seed, offset, into);
   });
 }
 
-Bytes bytes(std::uint64_t seed, std::uint64_t byteCount) {
-  Bytes bytes(static_cast<std::size_t>(byteCount));
-  writer::BackupPseudoRandom::fill(seed, 0, bytes);
-  return bytes;
-}
-
 writer::BackupLibrarySnapshot make(const BackupSampleLibraryShape& shape) {
-  Draws draws(shape.seed);
+  Draws draws{shape.seed};
   writer::BackupLibrarySnapshot library;
-  std::size_t position = 0;
-  for (std::size_t count = 0; count < shape.photoCount; ++count) library.items.push_back(item(draws, Kind::photo, position++, shape));
-  for (std::size_t count = 0; count < shape.livePhotoCount; ++count)
-    library.items.push_back(item(draws, Kind::livePhoto, position++, shape));
-  for (std::size_t count = 0; count < shape.videoCount; ++count) library.items.push_back(item(draws, Kind::video, position++, shape));
+  const std::pair<Kind, std::size_t> counts[] = {
+      {Kind::photo, shape.photoCount}, {Kind::livePhoto, shape.livePhotoCount}, {Kind::video, shape.videoCount}};
+  for (const auto& [kind, count] : counts) {
+    for (std::size_t made = 0; made < count; ++made) library.items.push_back(item(draws, kind, library.items.size(), shape));
+  }
   arrange(library, draws, shape);
   return library;
-}
-
-std::expected<writer::BackupLibrarySnapshot, platform::FileError> materialize(
-    const writer::BackupLibrarySnapshot& library, const std::filesystem::path& directory) {
-  writer::BackupLibrarySnapshot onDisk = library;
-  for (auto& item : onDisk.items) {
-    for (auto& resource : item.resources) {
-      const std::filesystem::path file = directory / (ByteText::lowerHex(resource.identifier) + ".bin");
-      if (auto done = writeContent(file, resource.content); !done) return std::unexpected(done.error());
-      resource.content = writer::BackupContentSource::file(file);
-    }
-  }
-  return onDisk;
 }
 
 }  // namespace BackupSampleLibrary

@@ -4,16 +4,15 @@
 // of folders with covers and members, and tombstones of deleted items. Everything follows from
 // the shape's seed: identifiers, sizes, dates and content, whose bytes are computed piece by
 // piece on demand, so a library of gigabytes costs no memory until it is written.
-// materialize writes the content to files and points the library at them, as a real library's
-// files would be read.
+//
+// The bytes are a reproducible stream: the SplitMix64 finaliser applied to a seeded counter,
+// so any 8-byte word of a stream is computed on its own, at any offset, without state. They
+// are not secret and must never serve as keys of a real backup.
 
-#include <cstdint>
-#include <expected>
-#include <filesystem>
+#include <span>
 
 #include "writer/BackupContentSource.hpp"
 #include "writer/BackupLibrarySnapshot.hpp"
-#include "platform/FileError.hpp"
 
 namespace galdrine::testsupport {
 
@@ -37,20 +36,14 @@ struct BackupSampleLibraryShape {
 
 namespace BackupSampleLibrary {
 
+// fill writes the bytes of the stream of `seed` that start at byte `offset` over all of `into`.
+void fill(std::uint64_t seed, std::uint64_t offset, std::span<std::uint8_t> into);
+
 // content is `byteCount` reproducible bytes of the stream `seed`, produced when read.
 [[nodiscard]] writer::BackupContentSource content(std::uint64_t seed, std::uint64_t byteCount);
-// bytes is the same content held in memory.
-[[nodiscard]] Bytes bytes(std::uint64_t seed, std::uint64_t byteCount);
-
 // make builds the library of `shape`. Items come in the order photos, live photos, videos;
 // album j holds every item whose position leaves remainder j when divided by the album count.
 [[nodiscard]] writer::BackupLibrarySnapshot make(const BackupSampleLibraryShape& shape);
-
-// materialize writes every resource's content into `directory` (which must exist) as
-// "<32 hex digits of the resource>.bin", piece by piece, and gives the library reading those
-// files. A failed file call gives its errno.
-[[nodiscard]] std::expected<writer::BackupLibrarySnapshot, platform::FileError> materialize(
-    const writer::BackupLibrarySnapshot& library, const std::filesystem::path& directory);
 
 }  // namespace BackupSampleLibrary
 

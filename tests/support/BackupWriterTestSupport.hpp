@@ -1,23 +1,22 @@
 #pragma once
-// Helpers of the writer's tests: reproducible settings with a layout small enough that a few
-// kilobytes make several segments, chunks and sections, and an independent read-back of what
-// was written, through the format's own readers only (never through the writer's code).
+// Helpers of the suites that write packages: reproducible writer settings with a layout small
+// enough that a few kilobytes make several segments, chunks and sections, and a package read
+// back by the recovery engine (never through the writer's code). Packages are unlocked with
+// the recovery key, since each passphrase envelope costs an Argon2id run.
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <map>
-#include <set>
-#include <string>
-#include <vector>
 
 #include "writer/BackupPackageWriter.hpp"
+#include "recovery/inspection/RecoveryPackageInspector.hpp"
 #include "support/BackupSampleLibrary.hpp"
 #include "format/graph/BackupCommitGraph.hpp"
 #include "format/graph/BackupGraphV1.hpp"
 #include "format/manifest/BackupManifestRecordCodecV1.hpp"
 #include "format/payload/BackupPayloadV1.hpp"
-#include "platform/BoundedFileRead.hpp"
+#include "platform/Files.hpp"
 
 namespace galdrine::testsupport {
 
@@ -36,186 +35,67 @@ inline const Bytes kRecoveryKey = [] {
   return key;
 }();
 
-// A layout in which 3,000 bytes are the largest packed resource, a segment holds at most three
-// entries or 8,000 bytes, a chunk is 2,048 bytes and a section holds at most three records.
-[[nodiscard]] inline writer::BackupPayloadLayout smallLayout() { return {3000, 8000, 3, 2048, 3}; }
-
-[[nodiscard]] inline writer::BackupWriterSettings settings(std::uint64_t seed = 7) {
-  writer::BackupWriterSettings settings;
-  settings.sources = writer::BackupWriterSources::deterministic(seed, 1700000000000);
-  settings.layout = smallLayout();
-  settings.concurrentPayloadWriterCount = 2;  // so that every test also runs the writers side by side
-  return settings;
+// reproducibleSources draws the sample stream of `seed` and reads a clock that gives
+// 1,700,000,000,000 first and one second more at each later reading. Copies share one position,
+// as copies of the system sources share the system. Its keys are predictable: tests only.
+[[nodiscard]] inline writer::BackupWriterSources reproducibleSources(std::uint64_t seed) {
+  const auto drawn = std::make_shared<std::uint64_t>(0);
+  const auto readings = std::make_shared<std::int64_t>(0);
+  return {[seed, drawn](std::span<std::uint8_t> bytes) {
+            BackupSampleLibrary::fill(seed, *drawn, bytes);
+            *drawn += bytes.size();
+            return std::int32_t{0};
+          },
+          [readings] { return 1700000000000 + 1000 * (*readings)++; }};
 }
 
+// settings gives reproducible sources and a layout in which 3,000 bytes are the largest packed
+// resource, a segment holds at most three entries or 8,000 bytes, a chunk is 2,048 bytes and a
+// section holds at most three records. Two payload writers run side by side in every test.
+[[nodiscard]] inline writer::BackupWriterSettings settings(std::uint64_t seed = 7) {
+  return {reproducibleSources(seed), {3000, 8000, 3, 2048, 3}, 2};
+}
+
+// createWithRecoveryKey makes a package that kRecoveryKey unlocks; a refusal fails the running
+// test with an exception, since there is no writer to give back.
 [[nodiscard]] inline Writer createWithRecoveryKey(const fs::path& path, std::uint64_t seed = 7) {
   auto writer = Writer::create(path, {std::nullopt, ByteView(kRecoveryKey)}, settings(seed));
-  if (!writer) {
-    ADD_FAILURE() << "create failed: " << writer.error().index();
-    std::abort();
-  }
+  if (!writer) throw std::runtime_error("create failed: " + std::to_string(writer.error().index()));
   return std::move(*writer);
-}
-
-[[nodiscard]] inline Bytes contentOf(const writer::BackupContentSource& source) {
-  auto reader = writer::BackupContentReader::open(source);
-  if (!reader) return {};
-  Bytes content(static_cast<std::size_t>(reader->byteCount()));
-  if (!reader->read(content) || !reader->finish()) return {};
-  return content;
 }
 
 // expectedContents maps every resource of `library` to the bytes its content gives.
 [[nodiscard]] inline std::map<Identifier, Bytes> expectedContents(const writer::BackupLibrarySnapshot& library) {
   std::map<Identifier, Bytes> contents;
   for (const auto& item : library.items) {
-    for (const auto& resource : item.resources) contents[resource.identifier] = contentOf(resource.content);
+    for (const auto& resource : item.resources) {
+      auto reader = writer::BackupContentReader::open(resource.content);
+      Bytes& content = contents[resource.identifier];
+      if (!reader) continue;
+      content.resize(static_cast<std::size_t>(reader->byteCount()));
+      if (!reader->read(content) || !reader->finish()) content.clear();
+    }
   }
   return contents;
 }
 
-[[nodiscard]] inline Bytes fileBytes(const fs::path& file) {
-  auto bytes = platform::Files::readBoundedRegularFile(file, 0, 256 * 1024 * 1024);
-  return bytes ? std::move(*bytes) : Bytes{};
-}
-
-// ReadBack opens one commit's snapshot, manifest root and sections from disk against the
-// commit's references, and gives each resource's plaintext back from its payload files.
-struct ReadBack {
-  format::BackupSnapshotV1 snapshot;
-  format::BackupManifestRootV1 root;
-  std::vector<format::BackupManifestSectionV1> sections;
-  std::vector<Record> records;
-};
-
-[[nodiscard]] inline std::optional<ReadBack> readBack(const Writer& writer, const format::BackupCommitV1& commit) {
-  const auto& package = writer.package();
-  const ByteView packageIdentifier = package.header().packageIdentifier();
-  const ByteView domain = writer.libraryDomainIdentifier();
-  const ByteView bpmk = writer.backupPackageMasterKey();
-  const fs::path root = package.packagePath();
-  auto snapshot = format::BackupGraphV1::openSnapshot(
-      fileBytes(root / "snapshots" / *format::BackupGraphV1::snapshotFileName(commit.snapshot().identifier())),
-      commit.snapshot(), packageIdentifier, domain, bpmk);
-  if (!snapshot) return std::nullopt;
-  auto manifestRoot = format::BackupGraphV1::openManifestRoot(
-      fileBytes(root / "manifests" / *format::BackupGraphV1::manifestFileName(snapshot->manifest().identifier())),
-      snapshot->manifest(), packageIdentifier, domain, bpmk);
-  if (!manifestRoot) return std::nullopt;
-  ReadBack read{std::move(*snapshot), std::move(*manifestRoot), {}, {}};
-  for (const auto& reference : read.root.sections()) {
-    auto section = format::BackupGraphV1::openManifestSection(
-        fileBytes(root / "manifests" / *format::BackupGraphV1::manifestFileName(reference.artifact().identifier())),
-        reference, commit.manifestIdentifier(), packageIdentifier, domain, bpmk);
-    if (!section) return std::nullopt;
-    auto records = format::BackupManifestRecordCodecV1::records(*section);
-    if (!records) return std::nullopt;
-    std::ranges::move(*records, std::back_inserter(read.records));
-    read.sections.push_back(std::move(*section));
-  }
-  return read;
-}
-
-// payloadOf opens the payload of `resource` with the key record the records hold for it.
-[[nodiscard]] inline std::optional<Bytes> payloadOf(const Writer& writer, std::span<const Record> records,
-                                                    const format::BackupMediaResourceRecordV1& resource) {
-  const ByteView packageIdentifier = writer.package().header().packageIdentifier();
-  const ByteView domain = writer.libraryDomainIdentifier();
-  const auto key = std::ranges::find_if(records, [&](const Record& record) {
-    return record.payloadKey() != nullptr && record.payloadKey()->identifier() == resource.payloadKeyIdentifier();
-  });
-  if (key == records.end()) return std::nullopt;
-  auto payloadKey = format::BackupManifestRecordCodecV1::unwrapPayloadKey(*key->payloadKey(), packageIdentifier, domain,
-                                                                         writer.backupPackageMasterKey());
-  if (!payloadKey) return std::nullopt;
-  const fs::path root = writer.package().packagePath();
-  Bytes plaintext;
-  for (const auto& part : resource.parts()) {
-    std::expected<Bytes, format::BackupPayloadV1Error> piece = std::unexpected(format::BackupPayloadV1Error::invalidArtifact());
-    if (part.container() == format::BackupPayloadContainerKindV1::pack) {
-      piece = format::BackupPayloadV1::openPackEntry(
-          resource.identifier(), root / "packs" / *format::BackupPayloadV1::packSegmentFileName(part.artifactIdentifier()),
-          packageIdentifier, domain, *payloadKey);
-    } else {
-      const format::BackupResourceChunkDescriptorV1 descriptor{
-          Bytes(part.artifactIdentifier().begin(), part.artifactIdentifier().end()), part.artifactOrdinal(),
-          part.artifactFileByteCount(), part.plaintextByteCount(), part.plaintextSHA256(), part.artifactFileSHA256()};
-      piece = format::BackupPayloadV1::openResourceChunk(
-          root / "objects" / *format::BackupPayloadV1::resourceChunkFileName(part.artifactIdentifier()), descriptor,
-          packageIdentifier, domain, *payloadKey);
-    }
-    if (!piece) return std::nullopt;
-    plaintext.insert(plaintext.end(), piece->begin(), piece->end());
-  }
-  return plaintext;
-}
-
-// scanFromDisk opens every file in commits/ and heads/ as a reader discovers it and scans the
-// graph they make; any file that does not open fails the running test.
-[[nodiscard]] inline std::optional<format::BackupCommitGraphScan> scanFromDisk(const Writer& writer) {
-  const fs::path root = writer.package().packagePath();
-  const ByteView packageIdentifier = writer.package().header().packageIdentifier();
-  std::vector<format::AuthenticatedBackupCommit> commits;
-  std::vector<format::AuthenticatedBackupHead> heads;
-  for (const auto& entry : fs::directory_iterator(root / "commits")) {
-    const auto identifier = ByteText::parseLowerHex(entry.path().stem().string());
-    auto commit = format::BackupGraphV1::openDiscoveredCommit(fileBytes(entry.path()), identifier.value_or(Bytes{}),
-                                                              packageIdentifier, writer.libraryDomainIdentifier(),
-                                                              writer.backupPackageMasterKey());
-    if (!commit) {
-      ADD_FAILURE() << "commit does not open: " << entry.path();
-      return std::nullopt;
-    }
-    commits.push_back(std::move(*commit));
-  }
-  for (const auto& entry : fs::directory_iterator(root / "heads")) {
-    const auto identifier = ByteText::parseLowerHex(entry.path().stem().string());
-    auto head = format::BackupGraphV1::openDiscoveredHead(fileBytes(entry.path()), identifier.value_or(Bytes{}),
-                                                          packageIdentifier, writer.libraryDomainIdentifier(),
-                                                          writer.backupPackageMasterKey());
-    if (!head) {
-      ADD_FAILURE() << "head does not open: " << entry.path();
-      return std::nullopt;
-    }
-    heads.push_back(std::move(*head));
-  }
-  auto scan = format::BackupCommitGraph::scan(commits, heads);
-  if (!scan) return std::nullopt;
-  return std::move(*scan);
-}
-
-// expectSoundManifest reads a commit's manifest back, validates it, and compares the summary
-// with the snapshot's and the commit's fields.
-inline void expectSoundManifest(const Writer& writer, const format::BackupCommitV1& commit) {
-  const auto read = readBack(writer, commit);
-  ASSERT_TRUE(read);
-  const auto summary = format::BackupManifestRecordCodecV1::validateAndSummarize(
-      read->sections, writer.package().header().packageIdentifier(), writer.libraryDomainIdentifier(),
-      writer.backupPackageMasterKey());
-  ASSERT_TRUE(summary);
-  EXPECT_EQ(summary->counts, read->snapshot.counts());
-  EXPECT_EQ(summary->logicalPlaintextByteCount, read->snapshot.logicalPlaintextByteCount());
-  EXPECT_EQ(summary->encryptedPayloadByteCount, read->snapshot.encryptedPayloadByteCount());
-  EXPECT_EQ(summary->requiredPayloadSetSHA256, read->snapshot.requiredPayloadSetSHA256());
-  EXPECT_EQ(summary->requiredPayloadSetSHA256, commit.requiredPayloadSetSHA256());
-  EXPECT_EQ(read->snapshot.createdAtUTCMilliseconds(), commit.createdAtUTCMilliseconds());
-  EXPECT_EQ(read->root.createdAtUTCMilliseconds(), commit.createdAtUTCMilliseconds());
-}
-
-// namesIn lists a directory's entry names, sorted.
-[[nodiscard]] inline std::vector<std::string> namesIn(const fs::path& directory) {
-  std::vector<std::string> names;
-  for (const auto& entry : fs::directory_iterator(directory)) names.push_back(entry.path().filename().string());
-  std::ranges::sort(names);
-  return names;
-}
-
+// filesUnder lists every entry below `directory` that is not a directory.
 [[nodiscard]] inline std::set<fs::path> filesUnder(const fs::path& directory) {
   std::set<fs::path> files;
   for (const auto& entry : fs::recursive_directory_iterator(directory)) {
     if (!entry.is_directory()) files.insert(entry.path());
   }
   return files;
+}
+
+// inspected is the recovery engine's verdict on the package `writer` wrote: every commit, head,
+// snapshot, manifest root and section authenticated and checked against one another (the
+// manifest by its validator), and every required payload file hashed. A refusal fails the
+// running test and gives nothing.
+[[nodiscard]] inline std::optional<recovery::RecoveryPackageInspection> inspected(const Writer& writer) {
+  auto inspection = recovery::RecoveryPackageInspector::inspectWithRecoveryKey(writer.package().packagePath(), kRecoveryKey);
+  if (!inspection) ADD_FAILURE() << "inspection refused: " << static_cast<int>(inspection.error());
+  return inspection ? std::optional(std::move(*inspection)) : std::nullopt;
 }
 
 }  // namespace BackupWriterTestSupport

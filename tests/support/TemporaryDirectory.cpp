@@ -10,13 +10,9 @@ namespace galdrine::testsupport {
 
 TemporaryDirectory::TemporaryDirectory() {
   std::string pattern = (std::filesystem::temp_directory_path() / "galdrine-test-XXXXXX").string();
-  const char* made = ::mkdtemp(pattern.data());
-  if (made == nullptr) {
-    ADD_FAILURE() << "mkdtemp failed";
-    return;
-  }
   // Canonical, so that tests compare against the same spelling the code under test sees.
-  path_ = std::filesystem::canonical(made);
+  if (const char* made = ::mkdtemp(pattern.data()); made != nullptr) path_ = std::filesystem::canonical(made);
+  if (path_.empty()) ADD_FAILURE() << "mkdtemp failed";
 }
 
 TemporaryDirectory::~TemporaryDirectory() {

@@ -8,8 +8,8 @@
 #include <expected>
 #include <span>
 
+#include "fixtureproducer/FixtureProducer.hpp"
 #include "fixtureproducer/FixtureProducers.hpp"
-#include "fixtureproducer/FixtureProducerError.hpp"
 #include "platform/Bytes.hpp"
 
 namespace galdrine::fixtureproducer {

@@ -21,14 +21,13 @@ namespace galdrine::fixtureproducer {
 namespace {
 
 using Error = FixtureProducerError;
-using Seeds = FixtureProducerSeeds;
 
 // ProducedFixture is one fixture of the set as the index lists it.
 struct ProducedFixture {
   std::string_view identifier;
   fixtures::FixtureKind kind;
   std::string_view fileName;
-  FixtureProducers::Document (*document)(const Seeds&, const FixturePackage&);
+  FixtureProducers::Document (*document)(const FixturePackage&);
 };
 
 // The set: one fixture of each kind, in the order of the kinds, so a kind is its own position. The prototype header is no
@@ -61,10 +60,9 @@ static_assert([] {
   return ByteText::bytes(*json + "\n");
 }
 
-[[nodiscard]] std::expected<Bytes, Error> fixtureText(const ProducedFixture& fixture, const Seeds& seeds,
-                                                      const FixturePackage& package) {
+[[nodiscard]] std::expected<Bytes, Error> fixtureText(const ProducedFixture& fixture, const FixturePackage& package) {
   if (fixture.document == nullptr) return prototypeHeaderText();
-  const auto document = fixture.document(seeds, package);
+  const auto document = fixture.document(package);
   if (!document) return std::unexpected(document.error());
   return documentText(*document);
 }
@@ -123,19 +121,19 @@ std::expected<Bytes, Error> sealedFrame(ByteView plaintext, ByteView key, format
 
 namespace FixtureProducer {
 
-std::expected<ProducedFixtureFile, Error> fixtureFile(fixtures::FixtureKind kind, const Seeds& seeds) {
+std::expected<ProducedFixtureFile, Error> fixtureFile(fixtures::FixtureKind kind) {
   const auto package = FixtureProducers::package();
   if (!package) return std::unexpected(package.error());
   const ProducedFixture& fixture = producedFixtures[static_cast<std::size_t>(kind)];
-  auto text = fixtureText(fixture, seeds, *package);
+  auto text = fixtureText(fixture, *package);
   if (!text) return std::unexpected(text.error());
   return ProducedFixtureFile{std::string(fixture.fileName), std::move(*text)};
 }
 
-std::expected<std::vector<ProducedFixtureFile>, Error> fixtureFiles(const Seeds& seeds) {
+std::expected<std::vector<ProducedFixtureFile>, Error> fixtureFiles() {
   std::vector<ProducedFixtureFile> files;
   for (const ProducedFixture& fixture : producedFixtures) {
-    auto file = fixtureFile(fixture.kind, seeds);
+    auto file = fixtureFile(fixture.kind);
     if (!file) return std::unexpected(file.error());
     files.push_back(std::move(*file));
   }
@@ -144,8 +142,8 @@ std::expected<std::vector<ProducedFixtureFile>, Error> fixtureFiles(const Seeds&
   return files;
 }
 
-std::expected<void, Error> produce(const std::filesystem::path& directory, const Seeds& seeds) {
-  const auto files = fixtureFiles(seeds);
+std::expected<void, Error> produce(const std::filesystem::path& directory) {
+  const auto files = fixtureFiles();
   if (!files) return std::unexpected(files.error());
   if (::mkdir(directory.c_str(), 0755) != 0) return std::unexpected(Error::outputFailed);
   for (const ProducedFixtureFile& file : *files) {

@@ -1,7 +1,8 @@
 #pragma once
 // FixtureProducers build the JSON document of each fixture kind for one synthetic package.
-// Every document is a pure function of the seeds: fixed labels give its identifiers, salts and
-// nonces, and nothing is drawn from a random source or a clock.
+// Every document is a pure function of the fixture material the verifier holds too
+// (FixtureMaterial, whose key seeds give the keys): fixed labels give its identifiers, salts
+// and nonces, and nothing is drawn from a random source or a clock.
 
 #include <cstdint>
 #include <expected>
@@ -9,8 +10,7 @@
 #include <nlohmann/json.hpp>
 
 #include "format/sealing/BackupAADDomainV1.hpp"
-#include "fixtureproducer/FixtureProducerError.hpp"
-#include "fixtureproducer/FixtureProducerSeeds.hpp"
+#include "fixtureproducer/FixtureProducer.hpp"
 #include "platform/Bytes.hpp"
 
 namespace galdrine::fixtureproducer {
@@ -29,10 +29,10 @@ using Document = std::expected<nlohmann::json, FixtureProducerError>;
 // package gives the set's package: fixed identifiers and the header the format writes for them.
 [[nodiscard]] std::expected<FixturePackage, FixtureProducerError> package();
 
-[[nodiscard]] Document goldenFixture(const FixtureProducerSeeds& seeds, const FixturePackage& package);
-[[nodiscard]] Document keyEnvelopeSetFixture(const FixtureProducerSeeds& seeds, const FixturePackage& package);
-[[nodiscard]] Document payloadFixture(const FixtureProducerSeeds& seeds, const FixturePackage& package);
-[[nodiscard]] Document graphFixture(const FixtureProducerSeeds& seeds, const FixturePackage& package);
+[[nodiscard]] Document goldenFixture(const FixturePackage& package);
+[[nodiscard]] Document keyEnvelopeSetFixture(const FixturePackage& package);
+[[nodiscard]] Document payloadFixture(const FixturePackage& package);
+[[nodiscard]] Document graphFixture(const FixturePackage& package);
 
 // sealedFrame seals `plaintext` under `key` with the authenticated data of a payload or graph
 // object that carries no envelope binding, with the caller's nonce.

@@ -96,17 +96,17 @@ constexpr std::uint64_t envelopeGeneration = 1;
 
 namespace FixtureProducers {
 
-Document goldenFixture(const FixtureProducerSeeds& seeds, const FixturePackage& package) {
+Document goldenFixture(const FixturePackage& package) {
   const GoldenVector vectors[] = {
       {fixtures::FixtureMaterial::resourceChunkLabel, format::BackupAADDomainV1::resourceChunk, 2,
        static_cast<std::int64_t>(format::BackupFormatV1::maximumStandaloneChunkPlaintextByteCount),
-       seeds.resourceChunkKeySeed, ByteText::bytes(fixtures::FixtureMaterial::resourceChunkPlaintext)},
+       fixtures::FixtureMaterial::resourceChunkKeySeed, ByteText::bytes(fixtures::FixtureMaterial::resourceChunkPlaintext)},
       {fixtures::FixtureMaterial::packEntryLabel, format::BackupAADDomainV1::packEntry, 1,
-       static_cast<std::int64_t>(format::BackupFormatV1::maximumPackedResourcePlaintextByteCount), seeds.packEntryKeySeed,
+       static_cast<std::int64_t>(format::BackupFormatV1::maximumPackedResourcePlaintextByteCount), fixtures::FixtureMaterial::packEntryKeySeed,
        ByteText::bytes(fixtures::FixtureMaterial::packEntryPlaintext)},
       {fixtures::FixtureMaterial::recoveryEnvelopeLabel, format::BackupAADDomainV1::bpmkRecoveryEnvelope, envelopeGeneration,
-       static_cast<std::int64_t>(envelope::PortableKeyEnvelopeV1::keyByteCount), seeds.recoveryEnvelopeKeySeed,
-       fixtures::FixtureMaterial::keyFromSeed(seeds.recoveryEnvelopePlaintextSeed)},
+       static_cast<std::int64_t>(envelope::PortableKeyEnvelopeV1::keyByteCount), fixtures::FixtureMaterial::recoveryEnvelopeKeySeed,
+       fixtures::FixtureMaterial::keyFromSeed(fixtures::FixtureMaterial::recoveryEnvelopePlaintextSeed)},
   };
   nlohmann::json documents = nlohmann::json::array();
   for (const GoldenVector& vector : vectors) {

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "format/manifest/BackupManifestRecordV1.hpp"
+#include "fixtureproducer/FixtureProducer.hpp"
 #include "fixtureproducer/FixtureProducers.hpp"
-#include "fixtureproducer/FixtureProducerError.hpp"
 #include "platform/Bytes.hpp"
 
 namespace galdrine::fixtureproducer {

@@ -204,8 +204,8 @@ void appendBigEndian(Bytes& bytes, std::uint64_t value) {
 
 namespace FixtureProducers {
 
-Document graphFixture(const FixtureProducerSeeds& seeds, const FixturePackage& package) {
-  Bytes bpmk = fixtures::FixtureMaterial::keyFromSeed(seeds.graphBPMKSeed);
+Document graphFixture(const FixturePackage& package) {
+  Bytes bpmk = fixtures::FixtureMaterial::keyFromSeed(fixtures::FixtureMaterial::graphBPMKSeed);
   ScopeGuard wipeBPMK{[&] { platform::SecureMemory::wipe(bpmk); }};
   const auto content = graphFixtureContent(package, bpmk);
   if (!content) return std::unexpected(content.error());

@@ -72,7 +72,7 @@ namespace Fixed = FixtureProducerBytes;
 }
 
 [[nodiscard]] std::expected<envelope::BackupKeyEnvelopeEntryV1, Error> envelopeEntry(
-    Factor factor, const FixturePackage& package, const FixtureProducerSeeds& seeds) {
+    Factor factor, const FixturePackage& package) {
   const auto metadata = metadataFor(factor);
   if (!metadata) return std::unexpected(metadata.error());
   const auto header = format::BackupFormatHeaderV1::make(package.packageIdentifier);
@@ -86,7 +86,7 @@ namespace Fixed = FixtureProducerBytes;
   auto key = derivedKey(*metadata, *context);
   if (!key) return std::unexpected(key.error());
   ScopeGuard wipeKey{[&] { platform::SecureMemory::wipe(*key); }};
-  Bytes bpmk = fixtures::FixtureMaterial::keyFromSeed(seeds.graphBPMKSeed);
+  Bytes bpmk = fixtures::FixtureMaterial::keyFromSeed(fixtures::FixtureMaterial::graphBPMKSeed);
   ScopeGuard wipeBPMK{[&] { platform::SecureMemory::wipe(bpmk); }};
   const auto frame = format::AESGCMFrameV1::seal(
       bpmk, *key, *data, static_cast<std::int64_t>(envelope::PortableKeyEnvelopeV1::keyByteCount),
@@ -111,10 +111,10 @@ namespace Fixed = FixtureProducerBytes;
 
 namespace FixtureProducers {
 
-Document keyEnvelopeSetFixture(const FixtureProducerSeeds& seeds, const FixturePackage& package) {
+Document keyEnvelopeSetFixture(const FixturePackage& package) {
   std::vector<envelope::BackupKeyEnvelopeEntryV1> entries;
   for (const Factor factor : allCases<Factor>) {
-    auto entry = envelopeEntry(factor, package, seeds);
+    auto entry = envelopeEntry(factor, package);
     if (!entry) return std::unexpected(entry.error());
     entries.push_back(std::move(*entry));
   }

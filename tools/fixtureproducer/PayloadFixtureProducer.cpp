@@ -29,11 +29,10 @@ constexpr std::uint64_t standaloneOrdinal = 0;
           Fixed::nonce(label + "/nonce")};
 }
 
-[[nodiscard]] FixtureProducers::Document packDocument(const FixtureProducerSeeds& seeds,
-                                                      const FixturePackage& package) {
+[[nodiscard]] FixtureProducers::Document packDocument(const FixturePackage& package) {
   const Bytes segmentIdentifier = Fixed::identifier("payload/pack-segment");
   const std::array entries{packEntry(entryNames[0]), packEntry(entryNames[1])};
-  Bytes key = fixtures::FixtureMaterial::keyFromSeed(seeds.packSegmentKeySeed);
+  Bytes key = fixtures::FixtureMaterial::keyFromSeed(fixtures::FixtureMaterial::packSegmentKeySeed);
   ScopeGuard wipeKey{[&] { platform::SecureMemory::wipe(key); }};
   const auto segment = DeterministicPayloadFiles::packSegment(package, segmentIdentifier, key, entries,
                                                               Fixed::nonce("payload/pack-segment/index-nonce"));
@@ -51,11 +50,10 @@ constexpr std::uint64_t standaloneOrdinal = 0;
                         {"entries", std::move(entryDocuments)}};
 }
 
-[[nodiscard]] FixtureProducers::Document standaloneDocument(const FixtureProducerSeeds& seeds,
-                                                            const FixturePackage& package) {
+[[nodiscard]] FixtureProducers::Document standaloneDocument(const FixturePackage& package) {
   const Bytes identifier = Fixed::identifier("payload/standalone-chunk");
   const Bytes plaintext = ByteText::bytes(fixtures::FixtureMaterial::standaloneChunkPlaintext);
-  Bytes key = fixtures::FixtureMaterial::keyFromSeed(seeds.standaloneChunkKeySeed);
+  Bytes key = fixtures::FixtureMaterial::keyFromSeed(fixtures::FixtureMaterial::standaloneChunkKeySeed);
   ScopeGuard wipeKey{[&] { platform::SecureMemory::wipe(key); }};
   const auto frame = DeterministicPayloadFiles::resourceChunk(package, identifier, standaloneOrdinal, key, plaintext,
                                                               Fixed::nonce("payload/standalone-chunk/nonce"));
@@ -72,10 +70,10 @@ constexpr std::uint64_t standaloneOrdinal = 0;
 
 namespace FixtureProducers {
 
-Document payloadFixture(const FixtureProducerSeeds& seeds, const FixturePackage& package) {
-  auto pack = packDocument(seeds, package);
+Document payloadFixture(const FixturePackage& package) {
+  auto pack = packDocument(package);
   if (!pack) return std::unexpected(pack.error());
-  auto standalone = standaloneDocument(seeds, package);
+  auto standalone = standaloneDocument(package);
   if (!standalone) return std::unexpected(standalone.error());
   return nlohmann::json{
       {"fixtureSchemaVersion", fixtures::RecoveryFixtureVerifier::fixtureSchemaVersion},

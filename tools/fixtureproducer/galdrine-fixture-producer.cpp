@@ -11,7 +11,7 @@ int main(int argc, char** argv) {
     std::fputs("usage: galdrine-fixture-producer <new directory>\n", stderr);
     return 2;
   }
-  const auto produced = galdrine::fixtureproducer::FixtureProducer::produce(argv[1], galdrine::fixtureproducer::FixtureProducerSeeds::project());
+  const auto produced = galdrine::fixtureproducer::FixtureProducer::produce(argv[1]);
   if (!produced) {
     std::fputs(produced.error() == galdrine::fixtureproducer::FixtureProducerError::outputFailed
                    ? "The fixture set could not be written into a new directory.\n"

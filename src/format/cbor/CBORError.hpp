@@ -1,6 +1,9 @@
 #pragma once
 // CBORError is the one failure of the deterministic CBOR codec. Cases stand in the
-// order of the codec's contract; the first three carry a payload.
+// order of the codec's contract; the first three carry a payload. It has a header of its own
+// because the records that encode through the codec (format header, authenticated data,
+// sealed frame, pack index) and the package name it in their own results and pass it on
+// unchanged, without needing the codec itself.
 
 #include <cstdint>
 

@@ -26,7 +26,7 @@ std::optional<std::uint64_t> CBORValue::asNegativeArgument() const {
 }
 
 std::expected<std::int64_t, CBORSignedIntegerFault> signedIntegerFrom(std::optional<std::uint64_t> unsignedValue,
-                                                                           std::optional<std::uint64_t> negativeArgument) {
+                                                                      std::optional<std::uint64_t> negativeArgument) {
   constexpr auto largest = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
   if (unsignedValue) {
     if (*unsignedValue > largest) return std::unexpected(CBORSignedIntegerFault::outOfRange);

@@ -28,8 +28,7 @@ namespace DeterministicCBOR {
 
 // decodeBorrowed accepts and refuses exactly what decode does, with the same errors, but its
 // strings are views into `bytes`, which must outlive the result.
-[[nodiscard]] std::expected<CBORBorrowedValue, CBORError> decodeBorrowed(ByteView bytes,
-                                                                                       const CBORLimits& limits);
+[[nodiscard]] std::expected<CBORBorrowedValue, CBORError> decodeBorrowed(ByteView bytes, const CBORLimits& limits);
 
 // appendHead writes the head of one item (major type and argument, the argument in its
 // shortest form) to the end of `output`. It is the encoder's own head writer, for writers

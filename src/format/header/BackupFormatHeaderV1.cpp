@@ -6,8 +6,8 @@
 #include <string_view>
 #include <utility>
 
-#include "format/header/BackupFormatV1.hpp"
 #include "format/cbor/DeterministicCBOR.hpp"
+#include "format/header/BackupFormatV1.hpp"
 
 namespace galdrine::format {
 

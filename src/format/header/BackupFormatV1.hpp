@@ -8,8 +8,8 @@
 #include <limits>
 #include <string_view>
 
-#include "format/sealing/BackupAADDomainV1.hpp"
 #include "format/header/BackupAlgorithmV1.hpp"
+#include "format/sealing/BackupAADDomainV1.hpp"
 
 namespace galdrine::format {
 

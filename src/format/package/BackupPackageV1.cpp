@@ -161,7 +161,7 @@ std::expected<BackupPackageV1, Failure> BackupPackageV1::open(const fs::path& pa
 }
 
 std::expected<BackupPackageV1, Failure> BackupPackageV1::create(const fs::path& packagePath,
-                                                                               ByteView packageIdentifier) {
+                                                                ByteView packageIdentifier) {
   const fs::path target = platform::FilePath::standardized(packagePath);
   if (!hasPackageExtension(target)) return failure(Error::invalidPackageExtension());
   if (somethingStandsAt(target)) return failure(Error::destinationAlreadyExists());

@@ -8,10 +8,30 @@
 #include <expected>
 #include <filesystem>
 
-#include "format/package/DirectorySynchronizationError.hpp"
-#include "format/package/DirectorySynchronizationOutcome.hpp"
-
 namespace galdrine::format {
+
+// DirectorySynchronizationOutcome is how a directory synchronisation succeeded.
+enum class DirectorySynchronizationOutcome : std::uint8_t {
+  synchronized,             // the directory's entries reached stable storage
+  delegatedToFileProvider,  // the volume refused in the way a provider-managed location does
+};
+
+// DirectorySynchronizationError is why a directory could not be made durable. Cases
+// stand in the order of the synchronisation's contract.
+struct DirectorySynchronizationError {
+  enum class Code : std::uint8_t {
+    systemCallFailed,  // payload: the errno of the failed open or fsync
+    invalidDirectory,
+  };
+
+  Code code;
+  std::int32_t errorNumber = 0;  // zero for invalidDirectory
+
+  static constexpr DirectorySynchronizationError systemCallFailed(std::int32_t errorNumber) { return {Code::systemCallFailed, errorNumber}; }
+  static constexpr DirectorySynchronizationError invalidDirectory() { return {Code::invalidDirectory}; }
+
+  friend constexpr bool operator==(const DirectorySynchronizationError&, const DirectorySynchronizationError&) = default;
+};
 
 namespace DirectorySynchronization {
 

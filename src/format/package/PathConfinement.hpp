@@ -13,12 +13,18 @@
 // The check proves a state at one moment and holds no descriptor afterwards, whatever the
 // result; callers that need it at two moments call it twice.
 
+#include <cstdint>
 #include <expected>
 #include <filesystem>
 
-#include "format/package/PathConfinementError.hpp"
-
 namespace galdrine::format {
+
+// PathConfinementError is why a path was not proven to reach a real directory. Cases
+// stand in the order of the check's contract.
+enum class PathConfinementError : std::uint8_t {
+  invalidPath,
+  unavailableDirectory,
+};
 
 namespace PathConfinement {
 

@@ -3,8 +3,8 @@
 #include <string>
 #include <utility>
 
-#include "format/header/BackupFormatV1.hpp"
 #include "format/cbor/DeterministicCBOR.hpp"
+#include "format/header/BackupFormatV1.hpp"
 
 namespace galdrine::format {
 
@@ -28,14 +28,13 @@ CBORValue text(std::string_view value) { return CBORValue::textString(std::strin
 }  // namespace
 
 BackupAuthenticatedDataV1::EnvelopeBinding::EnvelopeBinding(Bytes headerDigest, Bytes keySlotIdentifier,
-                                                                    Bytes kdfParameterDigest)
+                                                            Bytes kdfParameterDigest)
     : headerDigest_(std::move(headerDigest)),
       keySlotIdentifier_(std::move(keySlotIdentifier)),
       kdfParameterDigest_(std::move(kdfParameterDigest)) {}
 
-std::expected<BackupAuthenticatedDataV1::EnvelopeBinding, Error>
-BackupAuthenticatedDataV1::EnvelopeBinding::make(ByteView headerDigest, ByteView keySlotIdentifier,
-                                                         ByteView kdfParameterDigest) {
+std::expected<BackupAuthenticatedDataV1::EnvelopeBinding, Error> BackupAuthenticatedDataV1::EnvelopeBinding::make(
+    ByteView headerDigest, ByteView keySlotIdentifier, ByteView kdfParameterDigest) {
   if (!hasByteCount(headerDigest, FormatV1::digestByteCount)) return std::unexpected(Error::invalidHeaderDigest);
   if (!hasByteCount(keySlotIdentifier, FormatV1::artifactIdentifierByteCount))
     return std::unexpected(Error::invalidKeySlotIdentifier);
@@ -44,11 +43,10 @@ BackupAuthenticatedDataV1::EnvelopeBinding::make(ByteView headerDigest, ByteView
   return EnvelopeBinding(copied(headerDigest), copied(keySlotIdentifier), copied(kdfParameterDigest));
 }
 
-BackupAuthenticatedDataV1::BackupAuthenticatedDataV1(BackupAADDomainV1 domain,
-                                                                     Bytes packageIdentifier,
-                                                                     Bytes libraryDomainIdentifier,
-                                                                     Bytes artifactIdentifier, std::uint64_t ordinal,
-                                                                     std::optional<EnvelopeBinding> envelopeBinding)
+BackupAuthenticatedDataV1::BackupAuthenticatedDataV1(BackupAADDomainV1 domain, Bytes packageIdentifier,
+                                                     Bytes libraryDomainIdentifier, Bytes artifactIdentifier,
+                                                     std::uint64_t ordinal,
+                                                     std::optional<EnvelopeBinding> envelopeBinding)
     : domain_(domain),
       packageIdentifier_(std::move(packageIdentifier)),
       libraryDomainIdentifier_(std::move(libraryDomainIdentifier)),
@@ -57,8 +55,8 @@ BackupAuthenticatedDataV1::BackupAuthenticatedDataV1(BackupAADDomainV1 domain,
       envelopeBinding_(std::move(envelopeBinding)) {}
 
 std::expected<BackupAuthenticatedDataV1, Error> BackupAuthenticatedDataV1::make(
-    BackupAADDomainV1 domain, ByteView packageIdentifier, ByteView libraryDomainIdentifier,
-    ByteView artifactIdentifier, std::uint64_t ordinal, std::optional<EnvelopeBinding> envelopeBinding) {
+    BackupAADDomainV1 domain, ByteView packageIdentifier, ByteView libraryDomainIdentifier, ByteView artifactIdentifier,
+    std::uint64_t ordinal, std::optional<EnvelopeBinding> envelopeBinding) {
   if (!hasByteCount(packageIdentifier, FormatV1::packageIdentifierByteCount))
     return std::unexpected(Error::invalidPackageIdentifier);
   if (!hasByteCount(libraryDomainIdentifier, FormatV1::artifactIdentifierByteCount))
@@ -68,7 +66,7 @@ std::expected<BackupAuthenticatedDataV1, Error> BackupAuthenticatedDataV1::make(
   if (requiresEnvelopeBinding(domain) && !envelopeBinding) return std::unexpected(Error::envelopeBindingRequired);
   if (!requiresEnvelopeBinding(domain) && envelopeBinding) return std::unexpected(Error::envelopeBindingNotAllowed);
   return BackupAuthenticatedDataV1(domain, copied(packageIdentifier), copied(libraryDomainIdentifier),
-                                           copied(artifactIdentifier), ordinal, std::move(envelopeBinding));
+                                   copied(artifactIdentifier), ordinal, std::move(envelopeBinding));
 }
 
 std::expected<Bytes, CBORError> BackupAuthenticatedDataV1::encoded() const {
@@ -88,8 +86,7 @@ std::expected<Bytes, CBORError> BackupAuthenticatedDataV1::encoded() const {
     items.push_back(CBORValue::byteString(envelopeBinding_->keySlotIdentifier()));
     items.push_back(CBORValue::byteString(envelopeBinding_->kdfParameterDigest()));
   }
-  return DeterministicCBOR::encode(CBORValue::array(std::move(items)),
-                                           CBORLimits::authenticatedData());
+  return DeterministicCBOR::encode(CBORValue::array(std::move(items)), CBORLimits::authenticatedData());
 }
 
 }  // namespace galdrine::format

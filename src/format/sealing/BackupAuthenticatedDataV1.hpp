@@ -11,12 +11,24 @@
 #include <expected>
 #include <optional>
 
-#include "format/sealing/BackupAADDomainV1.hpp"
-#include "format/sealing/BackupAuthenticatedDataV1Error.hpp"
 #include "format/cbor/CBORError.hpp"
+#include "format/sealing/BackupAADDomainV1.hpp"
 #include "platform/Bytes.hpp"
 
 namespace galdrine::format {
+
+// BackupAuthenticatedDataV1Error is why authenticated data or its envelope binding
+// could not be built. Cases stand in the order the checks run.
+enum class BackupAuthenticatedDataV1Error : std::uint8_t {
+  invalidPackageIdentifier,
+  invalidLibraryDomainIdentifier,
+  invalidArtifactIdentifier,
+  invalidHeaderDigest,
+  invalidKeySlotIdentifier,
+  invalidKDFParameterDigest,
+  envelopeBindingRequired,
+  envelopeBindingNotAllowed,
+};
 
 class BackupAuthenticatedDataV1 {
  public:
@@ -66,8 +78,8 @@ class BackupAuthenticatedDataV1 {
 
  private:
   BackupAuthenticatedDataV1(BackupAADDomainV1 domain, Bytes packageIdentifier, Bytes libraryDomainIdentifier,
-                                    Bytes artifactIdentifier, std::uint64_t ordinal,
-                                    std::optional<EnvelopeBinding> envelopeBinding);
+                            Bytes artifactIdentifier, std::uint64_t ordinal,
+                            std::optional<EnvelopeBinding> envelopeBinding);
 
   BackupAADDomainV1 domain_;
   Bytes packageIdentifier_;

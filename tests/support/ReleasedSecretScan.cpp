@@ -1,16 +1,16 @@
-#include "ReleasedSecretScan.hpp"
+#include "support/ReleasedSecretScan.hpp"
 
 #include <malloc.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <new>
 
-namespace galdrine::credential {
+namespace galdrine::testsupport {
 
 namespace ReleasedSecretScan {
 namespace {
 
+// Plain static storage: the hooks below must not allocate.
 std::string_view armedMarker;
 int blocksWithMarker = 0;
 
@@ -28,14 +28,13 @@ int disarm() {
 
 void noteRelease(void* block) {
   if (block == nullptr || armedMarker.empty()) return;
-  const auto* bytes = static_cast<const char*>(block);
-  const std::string_view contents(bytes, ::malloc_usable_size(block));
+  const std::string_view contents(static_cast<const char*>(block), ::malloc_usable_size(block));
   if (contents.contains(armedMarker)) ++blocksWithMarker;
 }
 
 }  // namespace ReleasedSecretScan
 
-}  // namespace galdrine::credential
+}  // namespace galdrine::testsupport
 
 // Allocation and release (also the nothrow forms the standard library uses for temporary
 // buffers) go through malloc and free, so that a sanitizer runtime sees matching pairs.
@@ -44,12 +43,10 @@ void* operator new(std::size_t byteCount) {
   throw std::bad_alloc();
 }
 
-void* operator new(std::size_t byteCount, const std::nothrow_t&) noexcept {
-  return std::malloc(byteCount == 0 ? 1 : byteCount);
-}
+void* operator new(std::size_t byteCount, const std::nothrow_t&) noexcept { return std::malloc(byteCount == 0 ? 1 : byteCount); }
 
 void operator delete(void* block) noexcept {
-  galdrine::credential::ReleasedSecretScan::noteRelease(block);
+  galdrine::testsupport::ReleasedSecretScan::noteRelease(block);
   std::free(block);
 }
 
