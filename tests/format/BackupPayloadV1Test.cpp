@@ -292,9 +292,8 @@ Bytes resealedWithIndex(const Bytes& file, const std::function<Value(Value::Map)
   const auto index = made(DeterministicCBOR::decode(plaintext, generous));
   const auto frame = made(AESGCMFrameV1::seal(made(DeterministicCBOR::encode(change(*index.asMap()), generous)), kKey, data, 65536));
   header.indexFrameByteCount = frame.size();
-  const auto headerBytes = header.encoded();
-  Bytes rebuilt(headerBytes.begin(), headerBytes.end());
-  rebuilt.insert(rebuilt.end(), file.begin() + static_cast<std::ptrdiff_t>(Header::encodedByteCount), file.begin() + indexOffset);
+  Bytes rebuilt(file.begin(), file.begin() + indexOffset);  // the header, rewritten below, and the entry area
+  std::ranges::copy(header.encoded(), rebuilt.begin());
   rebuilt.insert(rebuilt.end(), frame.begin(), frame.end());
   return rebuilt;
 }
