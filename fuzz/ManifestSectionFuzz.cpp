@@ -57,8 +57,8 @@ void checkSection(galdrine::ByteView plaintext) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  if (galdrine::size < 2) return 0;
-  const galdrine::ByteView input(data, galdrine::size);
+  if (size < 2) return 0;
+  const galdrine::ByteView input(data, size);
   if ((input[0] & 1) == 0) {
     checkSection(input.subspan(1));
   } else {

@@ -78,9 +78,9 @@ struct DrawnSaltAndNonce {
   if (nonce.size() != nonceByteCount) return std::unexpected(Error::invalidNonceByteCount());
   const auto authenticatedData = PortableKeyEnvelopeBindingV1::authenticatedData(metadata, context);
   if (!authenticatedData) return std::unexpected(Error::authenticationFailed());
-  // The nonce was drawn for this seal alone, which is what the caller-nonce form requires.
-  const auto frame = format::AESGCMFrameV1::sealDeterministicFixture(backupPackageMasterKey, frameKey, *authenticatedData,
-                                                                      keyByteCount, nonce);
+  // The nonce was drawn for this seal alone, so a fixed source uses it once.
+  const auto frame = format::AESGCMFrameV1::seal(backupPackageMasterKey, frameKey, *authenticatedData, keyByteCount,
+                                                 format::AESGCMFrameV1::NonceSource::fixed(nonce));
   if (!frame) return std::unexpected(Error::authenticationFailed());
   return PortableKeyEnvelopeEncodingV1::encode(metadata, *frame);
 }

@@ -11,6 +11,7 @@
 #include "format/payload/BackupPayloadV1.hpp"
 #include "format/sealing/AESGCMFrameV1.hpp"
 #include "format/sealing/BackupAuthenticatedDataV1.hpp"
+#include "format/cbor/CBORError.hpp"
 #include "platform/Bytes.hpp"
 
 namespace galdrine::reader {

@@ -13,13 +13,10 @@
 #include <vector>
 
 #include "writer/BackupContentSource.hpp"
-#include "format/manifest/BackupAlbumSortModeV1.hpp"
+#include "format/manifest/BackupAlbumRecordV1.hpp"
 #include "format/graph/BackupIdentifierV1.hpp"
-#include "format/manifest/BackupMediaDateSourceV1.hpp"
-#include "format/manifest/BackupMediaKindV1.hpp"
-#include "format/manifest/BackupMediaLifecycleV1.hpp"
-#include "format/manifest/BackupMediaResourceRoleV1.hpp"
-#include "format/manifest/BackupMediaSourceTypeV1.hpp"
+#include "format/manifest/BackupMediaItemRecordV1.hpp"
+#include "format/manifest/BackupMediaResourceRecordV1.hpp"
 
 namespace galdrine::writer {
 

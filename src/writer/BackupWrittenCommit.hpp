@@ -14,8 +14,8 @@
 #include "format/graph/BackupIdentifierV1.hpp"
 #include "format/manifest/BackupManifestRecordV1.hpp"
 #include "format/graph/BackupManifestRootV1.hpp"
-#include "format/manifest/BackupManifestSemanticSummary.hpp"
-#include "format/payload/BackupPayloadContainerKindV1.hpp"
+#include "format/manifest/BackupManifestSemanticValidator.hpp"
+#include "format/manifest/BackupPayloadPartRecordV1.hpp"
 #include "format/graph/BackupSnapshotV1.hpp"
 #include "platform/SHA256.hpp"
 

@@ -3,15 +3,9 @@
 // sort by their number. Every view these helpers give lives until the program ends, so a
 // test may keep Fields around and change one member at a time.
 
-#include <gtest/gtest.h>
-
-#include <cstdint>
 #include <map>
 #include <memory>
-#include <optional>
-#include <span>
-#include <string>
-#include <vector>
+#include <stdexcept>
 
 #include "format/manifest/BackupManifestRecordCodecV1.hpp"
 #include "format/manifest/BackupManifestRecordV1.hpp"
@@ -36,12 +30,14 @@ inline ByteView bytesOf(std::uint64_t number, std::size_t byteCount) {
 inline ByteView identifier(std::uint64_t number) { return bytesOf(number, 16); }
 inline ByteView digest(std::uint64_t number) { return bytesOf(number, 32); }
 
-// viewsOf keeps a list of views alive, for the list fields of items and tombstones.
-inline std::span<const ByteView> viewsOf(std::vector<ByteView> views) {
-  static std::vector<std::unique_ptr<std::vector<ByteView>>> kept;
-  kept.push_back(std::make_unique<std::vector<ByteView>>(std::move(views)));
-  return *kept.back();
+// kept keeps a list alive until the program ends, for the list fields of records.
+template <typename T>
+std::span<const T> kept(std::vector<T> list) {
+  static std::vector<std::unique_ptr<std::vector<T>>> lists;
+  lists.push_back(std::make_unique<std::vector<T>>(std::move(list)));
+  return *lists.back();
 }
+inline std::span<const ByteView> viewsOf(std::vector<ByteView> views) { return kept(std::move(views)); }
 
 inline std::span<const ByteView> identifiers(std::initializer_list<std::uint64_t> numbers) {
   std::vector<ByteView> views;
@@ -56,85 +52,53 @@ std::optional<typename Result::error_type> errorOf(const Result& result) {
   return result.error();
 }
 
+// made gives the value of a result that a test requires to have succeeded; a failure fails the
+// test and ends its body.
 template <typename Result>
 auto made(Result result) {
-  EXPECT_TRUE(result.has_value());
+  if (!result) throw std::logic_error("a record the test depends on could not be made");
   return std::move(*result);
 }
 
 inline format::BackupMediaItemRecordV1::Fields itemFields(std::uint64_t item, std::span<const ByteView> resources) {
-  return {
-      .identifier = identifier(item),
-      .kind = format::BackupMediaKindV1::photo,
-      .displayDateUTCMilliseconds = 1700000000000,
-      .displayTimeZoneSeconds = 3600,
-      .dateSource = format::BackupMediaDateSourceV1::embedded,
-      .importDateUTCMilliseconds = -5,
-      .originalFilename = "IMG_0001.HEIC",
-      .favorite = true,
-      .lifecycle = format::BackupMediaLifecycleV1::active,
-      .trashDateUTCMilliseconds = std::nullopt,
-      .sourceType = format::BackupMediaSourceTypeV1::photos,
-      .entitlementCounted = false,
-      .resourceIdentifiers = resources,
-  };
+  return {.identifier = identifier(item), .kind = format::BackupMediaKindV1::photo,
+          .displayDateUTCMilliseconds = 1700000000000, .displayTimeZoneSeconds = 3600,
+          .dateSource = format::BackupMediaDateSourceV1::embedded, .importDateUTCMilliseconds = -5,
+          .originalFilename = "IMG_0001.HEIC", .favorite = true, .lifecycle = format::BackupMediaLifecycleV1::active,
+          .trashDateUTCMilliseconds = std::nullopt, .sourceType = format::BackupMediaSourceTypeV1::photos,
+          .entitlementCounted = false, .resourceIdentifiers = resources};
 }
 
 // packPartFields lays a whole resource of `byteCount` bytes with digest `resourceDigest` into
 // pack `pack` at `ordinal`.
 inline format::BackupPayloadPartRecordV1::Fields packPartFields(std::uint64_t pack, std::uint64_t ordinal, std::uint64_t byteCount,
                                                                 std::uint64_t resourceDigest) {
-  return {
-      .ordinal = 0,
-      .plaintextOffset = 0,
-      .plaintextByteCount = byteCount,
-      .plaintextSHA256 = digest(resourceDigest),
-      .container = format::BackupPayloadContainerKindV1::pack,
-      .artifactIdentifier = identifier(pack),
-      .artifactOrdinal = ordinal,
-      .artifactFileByteCount = 100000,
-      .artifactFileSHA256 = digest(pack),
-  };
+  return {.ordinal = 0, .plaintextOffset = 0, .plaintextByteCount = byteCount, .plaintextSHA256 = digest(resourceDigest),
+          .container = format::BackupPayloadContainerKindV1::pack, .artifactIdentifier = identifier(pack),
+          .artifactOrdinal = ordinal, .artifactFileByteCount = 100000, .artifactFileSHA256 = digest(pack)};
 }
 
 inline format::BackupPayloadPartRecordV1::Fields chunkPartFields(std::uint64_t chunk, std::uint64_t ordinal, std::uint64_t offset,
                                                                  std::uint64_t byteCount) {
-  return {
-      .ordinal = ordinal,
-      .plaintextOffset = offset,
-      .plaintextByteCount = byteCount,
-      .plaintextSHA256 = digest(chunk + 1000),
-      .container = format::BackupPayloadContainerKindV1::chunk,
-      .artifactIdentifier = identifier(chunk),
-      .artifactOrdinal = ordinal,
-      .artifactFileByteCount = byteCount + 64,
-      .artifactFileSHA256 = digest(chunk),
-  };
+  return {.ordinal = ordinal, .plaintextOffset = offset, .plaintextByteCount = byteCount,
+          .plaintextSHA256 = digest(chunk + 1000), .container = format::BackupPayloadContainerKindV1::chunk,
+          .artifactIdentifier = identifier(chunk), .artifactOrdinal = ordinal, .artifactFileByteCount = byteCount + 64,
+          .artifactFileSHA256 = digest(chunk)};
 }
 
 inline std::span<const format::BackupPayloadPartRecordV1> partsOf(std::vector<format::BackupPayloadPartRecordV1> parts) {
-  static std::vector<std::unique_ptr<std::vector<format::BackupPayloadPartRecordV1>>> kept;
-  kept.push_back(std::make_unique<std::vector<format::BackupPayloadPartRecordV1>>(std::move(parts)));
-  return *kept.back();
+  return kept(std::move(parts));
 }
 
 // packedResourceFields: resource `resource` of item `item`, 1,000 bytes in pack `pack` at
 // `ordinal`, opened by key `key`.
 inline format::BackupMediaResourceRecordV1::Fields packedResourceFields(std::uint64_t resource, std::uint64_t item, std::uint64_t key,
                                                                         std::uint64_t pack, std::uint64_t ordinal) {
-  return {
-      .identifier = identifier(resource),
-      .itemIdentifier = identifier(item),
-      .role = format::BackupMediaResourceRoleV1::primary,
-      .originalUTI = "public.heic",
-      .plaintextByteCount = 1000,
-      .pixelWidth = 4032,
-      .pixelHeight = 3024,
-      .durationIEEE754Bits = std::nullopt,
-      .plaintextSHA256 = digest(resource),
-      .payloadKeyIdentifier = identifier(key),
-      .parts = partsOf({made(format::BackupPayloadPartRecordV1::make(packPartFields(pack, ordinal, 1000, resource)))}),
-  };
+  return {.identifier = identifier(resource), .itemIdentifier = identifier(item),
+          .role = format::BackupMediaResourceRoleV1::primary, .originalUTI = "public.heic", .plaintextByteCount = 1000,
+          .pixelWidth = 4032, .pixelHeight = 3024, .durationIEEE754Bits = std::nullopt, .plaintextSHA256 = digest(resource),
+          .payloadKeyIdentifier = identifier(key),
+          .parts = partsOf({made(format::BackupPayloadPartRecordV1::make(packPartFields(pack, ordinal, 1000, resource)))})};
 }
 
 // chunkedResourceFields: resource `resource` of item `item` in `partCount` chunks of
@@ -148,7 +112,6 @@ inline format::BackupMediaResourceRecordV1::Fields chunkedResourceFields(std::ui
         chunkPartFields(firstChunk + ordinal, ordinal, ordinal * partByteCount, partByteCount))));
   }
   auto fields = packedResourceFields(resource, item, key, 0, 0);
-  fields.role = format::BackupMediaResourceRoleV1::primary;
   fields.originalUTI = "public.mpeg-4";
   fields.plaintextByteCount = partCount * partByteCount;
   fields.durationIEEE754Bits = 0x4024000000000000;  // 10.0 seconds
@@ -157,25 +120,18 @@ inline format::BackupMediaResourceRecordV1::Fields chunkedResourceFields(std::ui
 }
 
 inline format::BackupAlbumFolderRecordV1::Fields folderFields(std::uint64_t folder, std::optional<std::uint64_t> parent) {
-  return {
-      .identifier = identifier(folder),
-      .parentFolderIdentifier = parent ? std::optional<ByteView>(identifier(*parent)) : std::nullopt,
-      .name = "Travel",
-      .manualPosition = -3,
-  };
+  return {.identifier = identifier(folder),
+          .parentFolderIdentifier = parent ? std::optional<ByteView>(identifier(*parent)) : std::nullopt,
+          .name = "Travel", .manualPosition = -3};
 }
 
 inline format::BackupAlbumRecordV1::Fields albumFields(std::uint64_t album, std::optional<std::uint64_t> folder,
                                                        std::optional<std::uint64_t> cover) {
-  return {
-      .identifier = identifier(album),
-      .parentFolderIdentifier = folder ? std::optional<ByteView>(identifier(*folder)) : std::nullopt,
-      .name = "Summer",
-      .coverItemIdentifier = cover ? std::optional<ByteView>(identifier(*cover)) : std::nullopt,
-      .sortMode = format::BackupAlbumSortModeV1::importDateDescending,
-      .manualOrderEnabled = true,
-      .manualPosition = 7,
-  };
+  return {.identifier = identifier(album),
+          .parentFolderIdentifier = folder ? std::optional<ByteView>(identifier(*folder)) : std::nullopt,
+          .name = "Summer", .coverItemIdentifier = cover ? std::optional<ByteView>(identifier(*cover)) : std::nullopt,
+          .sortMode = format::BackupAlbumSortModeV1::importDateDescending, .manualOrderEnabled = true,
+          .manualPosition = 7};
 }
 
 inline format::BackupAlbumMembershipRecordV1::Fields membershipFields(std::uint64_t album, std::uint64_t item) {

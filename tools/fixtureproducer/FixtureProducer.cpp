@@ -111,8 +111,8 @@ std::expected<Bytes, Error> sealedFrame(ByteView plaintext, ByteView key, format
   if (!data) return std::unexpected(Error::materialRefused);
   const auto encodedData = data->encoded();
   if (!encodedData) return std::unexpected(Error::materialRefused);
-  auto frame =
-      format::AESGCMFrameV1::sealDeterministicFixture(plaintext, key, *encodedData, maximumPlaintextByteCount, nonce);
+  auto frame = format::AESGCMFrameV1::seal(plaintext, key, *encodedData, maximumPlaintextByteCount,
+                                           format::AESGCMFrameV1::NonceSource::fixed(nonce));
   if (!frame) return std::unexpected(Error::materialRefused);
   return std::move(*frame);
 }

@@ -70,8 +70,8 @@ constexpr std::uint64_t envelopeGeneration = 1;
   if (!encodedData) return std::unexpected(Error::materialRefused);
   Bytes key = fixtures::FixtureMaterial::keyFromSeed(vector.keySeed);
   ScopeGuard wipeKey{[&] { platform::SecureMemory::wipe(key); }};
-  const auto frame = format::AESGCMFrameV1::sealDeterministicFixture(
-      vector.plaintext, key, *encodedData, vector.maximumPlaintextByteCount, Fixed::nonce(label + "/nonce"));
+  const auto frame = format::AESGCMFrameV1::seal(vector.plaintext, key, *encodedData, vector.maximumPlaintextByteCount,
+                                                 format::AESGCMFrameV1::NonceSource::fixed(Fixed::nonce(label + "/nonce")));
   if (!frame) return std::unexpected(Error::materialRefused);
 
   nlohmann::json document = {

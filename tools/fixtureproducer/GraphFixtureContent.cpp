@@ -96,9 +96,10 @@ struct ResourceFile {
 [[nodiscard]] std::expected<format::BackupManifestRecordV1, Error> payloadKey(
     ByteView key, ByteView keyIdentifier, format::BackupPayloadKeyScopeV1 scope, ByteView boundIdentifier,
     const FixturePackage& package, ByteView bpmk) {
-  return recordOf(format::BackupManifestRecordCodecV1::wrapPayloadKeyDeterministicFixture(
+  return recordOf(format::BackupManifestRecordCodecV1::wrapPayloadKey(
       key, keyIdentifier, scope, boundIdentifier, package.packageIdentifier, package.libraryDomainIdentifier, bpmk,
-      Fixed::nonce("graph/payload-key/" + ByteText::lowerHex(keyIdentifier) + "/nonce")));
+      format::AESGCMFrameV1::NonceSource::fixed(
+          Fixed::nonce("graph/payload-key/" + ByteText::lowerHex(keyIdentifier) + "/nonce"))));
 }
 
 // organisingRecords are the folder, the album in it with the photo as cover, the photo's

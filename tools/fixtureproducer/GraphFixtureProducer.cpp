@@ -93,8 +93,8 @@ template <typename Sealed>
       graph.summary.requiredPayloadSetSHA256, graph.summary.counts, graph.summary.logicalPlaintextByteCount,
       graph.summary.encryptedPayloadByteCount);
   if (!snapshot) return std::unexpected(Error::materialRefused);
-  return sealedOrRefused(Graph::sealSnapshotDeterministicFixture(*snapshot, key.package.packageIdentifier, key.bpmk,
-                                                                 Fixed::nonce("graph/snapshot/nonce")));
+  return sealedOrRefused(Graph::sealSnapshot(*snapshot, key.package.packageIdentifier, key.bpmk,
+                                             Graph::NonceSource::fixed(Fixed::nonce("graph/snapshot/nonce"))));
 }
 
 [[nodiscard]] std::expected<format::BackupSealedGraphArtifact, Error> sealedCommit(
@@ -104,16 +104,16 @@ template <typename Sealed>
                                                    snapshotReference, ids.manifest, ids.writerDevice, 1, 0, createdAt,
                                                    graph.summary.requiredPayloadSetSHA256, {});
   if (!commit) return std::unexpected(Error::materialRefused);
-  return sealedOrRefused(Graph::sealCommitDeterministicFixture(*commit, key.package.packageIdentifier, key.bpmk,
-                                                               Fixed::nonce("graph/commit/nonce")));
+  return sealedOrRefused(Graph::sealCommit(*commit, key.package.packageIdentifier, key.bpmk,
+                                           Graph::NonceSource::fixed(Fixed::nonce("graph/commit/nonce"))));
 }
 
 [[nodiscard]] std::expected<format::BackupSealedGraphArtifact, Error> sealedHead(
     const format::BackupArtifactReferenceV1& commitReference, const GraphIdentifiers& ids, const GraphKey& key) {
   const auto head = format::BackupHeadV1::make(ids.head, key.package.libraryDomainIdentifier, commitReference, createdAt);
   if (!head) return std::unexpected(Error::materialRefused);
-  return sealedOrRefused(Graph::sealHeadDeterministicFixture(*head, key.package.packageIdentifier, key.bpmk,
-                                                             Fixed::nonce("graph/head/nonce")));
+  return sealedOrRefused(Graph::sealHead(*head, key.package.packageIdentifier, key.bpmk,
+                                         Graph::NonceSource::fixed(Fixed::nonce("graph/head/nonce"))));
 }
 
 // sealedGraph seals the sections, summarises them as a reader will, and seals the chain above
@@ -127,16 +127,17 @@ template <typename Sealed>
   if (!summary) return std::unexpected(Error::materialRefused);
   SealedGraph graph{{}, {}, *summary};
   for (const auto& section : *opened) {
-    auto sealed = sealedOrRefused(Graph::sealManifestSectionDeterministicFixture(
+    auto sealed = sealedOrRefused(Graph::sealManifestSection(
         section, key.package.packageIdentifier, key.bpmk,
-        Fixed::nonce("graph/section/" + std::to_string(section.ordinal()) + "/nonce")));
+        Graph::NonceSource::fixed(Fixed::nonce("graph/section/" + std::to_string(section.ordinal()) + "/nonce"))));
     if (!sealed) return std::unexpected(sealed.error());
     graph.sections.push_back(std::move(*sealed));
   }
   const auto root = manifestRoot(graph, ids, key);
   if (!root) return std::unexpected(root.error());
-  auto sealedRoot = sealedOrRefused(Graph::sealManifestRootDeterministicFixture(
-      *root, key.package.packageIdentifier, key.bpmk, Fixed::nonce("graph/manifest-root/nonce")));
+  auto sealedRoot = sealedOrRefused(
+      Graph::sealManifestRoot(*root, key.package.packageIdentifier, key.bpmk,
+                              Graph::NonceSource::fixed(Fixed::nonce("graph/manifest-root/nonce"))));
   if (!sealedRoot) return std::unexpected(sealedRoot.error());
   auto snapshot = sealedSnapshot(graph, *root, sealedRoot->reference, ids, key);
   if (!snapshot) return std::unexpected(snapshot.error());

@@ -88,9 +88,9 @@ namespace Fixed = FixtureProducerBytes;
   ScopeGuard wipeKey{[&] { platform::SecureMemory::wipe(*key); }};
   Bytes bpmk = fixtures::FixtureMaterial::keyFromSeed(fixtures::FixtureMaterial::graphBPMKSeed);
   ScopeGuard wipeBPMK{[&] { platform::SecureMemory::wipe(bpmk); }};
-  const auto frame = format::AESGCMFrameV1::sealDeterministicFixture(
+  const auto frame = format::AESGCMFrameV1::seal(
       bpmk, *key, *data, static_cast<std::int64_t>(envelope::PortableKeyEnvelopeV1::keyByteCount),
-      Fixed::nonce("key-envelopes/" + std::string(rawValue(factor)) + "/nonce"));
+      format::AESGCMFrameV1::NonceSource::fixed(Fixed::nonce("key-envelopes/" + std::string(rawValue(factor)) + "/nonce")));
   if (!frame) return std::unexpected(Error::materialRefused);
   const auto envelope = envelope::PortableKeyEnvelopeEncodingV1::encode(*metadata, *frame);
   if (!envelope) return std::unexpected(Error::materialRefused);

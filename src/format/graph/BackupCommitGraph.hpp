@@ -5,15 +5,92 @@
 // records' content: no clock, no file order, no device identity.
 
 #include <cstddef>
+#include <cstdint>
 #include <expected>
+#include <optional>
+#include <set>
 #include <span>
+#include <variant>
+#include <vector>
 
 #include "format/graph/AuthenticatedBackupCommit.hpp"
 #include "format/graph/AuthenticatedBackupHead.hpp"
-#include "format/graph/BackupCommitGraphScan.hpp"
 #include "format/graph/BackupCommitGraphError.hpp"
+#include "platform/Bytes.hpp"
 
 namespace galdrine::format {
+
+// BackupCommitGraphTip is a commit that a head reaches and that no other reached commit
+// descends from, with the reference it was authenticated by.
+class BackupCommitGraphTip {
+ public:
+  explicit BackupCommitGraphTip(const AuthenticatedBackupCommit& authenticated)
+      : reference_(authenticated.reference()), commit_(authenticated.commit()) {}
+
+  [[nodiscard]] const BackupArtifactReferenceV1& reference() const { return reference_; }
+  [[nodiscard]] const BackupCommitV1& commit() const { return commit_; }
+
+  friend bool operator==(const BackupCommitGraphTip&, const BackupCommitGraphTip&) = default;
+
+ private:
+  BackupArtifactReferenceV1 reference_;
+  BackupCommitV1 commit_;
+};
+
+// BackupCommitGraphAccessState says whether a package may be written to: writable with one
+// canonical tip (none when there are no tips at all), or a read-only fork between tips that no
+// single tip settles.
+struct BackupCommitGraphAccessState {
+  struct Writable {
+    std::optional<BackupCommitGraphTip> canonicalTip;
+    friend bool operator==(const Writable&, const Writable&) = default;
+  };
+  struct ReadOnlyFork {
+    std::vector<BackupCommitGraphTip> tips;  // ascending by identifier
+    friend bool operator==(const ReadOnlyFork&, const ReadOnlyFork&) = default;
+  };
+
+  std::variant<Writable, ReadOnlyFork> state;
+
+  static BackupCommitGraphAccessState writable(std::optional<BackupCommitGraphTip> canonicalTip) {
+    return {Writable{std::move(canonicalTip)}};
+  }
+  static BackupCommitGraphAccessState readOnlyFork(std::vector<BackupCommitGraphTip> tips) {
+    return {ReadOnlyFork{std::move(tips)}};
+  }
+
+  // decide settles the state of `tips`, ascending by identifier: none gives writable without
+  // a tip, one gives writable with it. Of two or more, a tip settles the fork when its
+  // acknowledged alternate tips name every other tip; exactly one such tip gives writable with
+  // it, none or several a read-only fork of all tips. Epoch, generation and time play no part.
+  [[nodiscard]] static BackupCommitGraphAccessState decide(const std::vector<BackupCommitGraphTip>& tips);
+
+  [[nodiscard]] bool isWritable() const { return std::holds_alternative<Writable>(state); }
+  // The payloads; nothing for the other case.
+  [[nodiscard]] const Writable* asWritable() const { return std::get_if<Writable>(&state); }
+  [[nodiscard]] const ReadOnlyFork* asReadOnlyFork() const { return std::get_if<ReadOnlyFork>(&state); }
+
+  friend bool operator==(const BackupCommitGraphAccessState&, const BackupCommitGraphAccessState&) = default;
+};
+
+// BackupCommitGraphScan is what a package's commits and heads add up to.
+struct BackupCommitGraphScan {
+  // IdentifierOrder is ByteOrder::precedes, the order std::less gives byte strings. Spelled out
+  // because GCC at -O3 cannot bound the lengths inside std::less<Bytes> and warns of a memcmp
+  // past any object; comparing views, it sees the lengths.
+  struct IdentifierOrder {
+    [[nodiscard]] bool operator()(const Bytes& left, const Bytes& right) const {
+      return ByteOrder::precedes(left, right);
+    }
+  };
+
+  BackupCommitGraphAccessState accessState;
+  std::vector<BackupCommitGraphTip> retainedTips;           // all tips, ascending by identifier
+  std::set<Bytes, IdentifierOrder> validCommitIdentifiers;  // every commit given, reached by a head or not
+  std::uint64_t maximumWriterEpoch = 0;                     // 0 when there are no commits
+
+  friend bool operator==(const BackupCommitGraphScan&, const BackupCommitGraphScan&) = default;
+};
 
 namespace BackupCommitGraph {
 

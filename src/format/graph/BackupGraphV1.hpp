@@ -23,12 +23,30 @@
 #include "format/graph/BackupManifestRootV1.hpp"
 #include "format/graph/BackupManifestSectionReferenceV1.hpp"
 #include "format/graph/BackupManifestSectionV1.hpp"
-#include "format/graph/BackupSealedGraphArtifact.hpp"
-#include "format/graph/BackupSealedManifestSection.hpp"
 #include "format/graph/BackupSnapshotV1.hpp"
+#include "format/sealing/AESGCMFrameV1.hpp"
 #include "platform/Bytes.hpp"
 
 namespace galdrine::format {
+
+// BackupSealedGraphArtifact is what sealing a head, commit, snapshot or manifest root gives:
+// the frame, which is the file's content, and the reference that goes into the next record up.
+// It is not stored as such.
+struct BackupSealedGraphArtifact {
+  BackupArtifactReferenceV1 reference;
+  Bytes frame;
+
+  friend bool operator==(const BackupSealedGraphArtifact&, const BackupSealedGraphArtifact&) = default;
+};
+
+// BackupSealedManifestSection is what sealing a manifest section gives: the frame, which is the
+// file's content, and the section reference that goes into the manifest root.
+struct BackupSealedManifestSection {
+  BackupManifestSectionReferenceV1 reference;
+  Bytes frame;
+
+  friend bool operator==(const BackupSealedManifestSection&, const BackupSealedManifestSection&) = default;
+};
 
 namespace BackupGraphV1 {
 
@@ -63,8 +81,9 @@ namespace BackupGraphV1 {
 // for them is malformedArtifact), checks `bpmk` to be 32 bytes (invalidKey), builds the
 // authenticated data from its object's domain and ordinal, `packageIdentifier`, the record's
 // own library domain and identifier (an identifier the authenticated data refuses is
-// invalidIdentifier), seals with a fresh random nonce (a frame failure is verificationFailed)
-// and references the frame and plaintext by length and SHA-256.
+// invalidIdentifier), seals with a nonce from `nonceSource`, by default a fresh random one (a
+// frame failure, a fixed nonce of the wrong length included, is verificationFailed), and
+// references the frame and plaintext by length and SHA-256.
 //
 //   object            domain      ordinal                  plaintext limit
 //   head              head        0                        65,536
@@ -72,33 +91,20 @@ namespace BackupGraphV1 {
 //   snapshot          snapshot    0                        65,536
 //   manifest root     manifest    all ones (2^64 - 1)      2,097,152
 //   manifest section  manifest    the section's ordinal    8,388,608
-//
-// The ...DeterministicFixture twins take the caller's 12-byte nonce; only fixtures use them.
+using AESGCMFrameV1::NonceSource;
 [[nodiscard]] std::expected<BackupSealedGraphArtifact, BackupGraphV1Error> sealHead(
-    const BackupHeadV1& head, ByteView packageIdentifier, ByteView bpmk);
-[[nodiscard]] std::expected<BackupSealedGraphArtifact, BackupGraphV1Error> sealHeadDeterministicFixture(
-    const BackupHeadV1& head, ByteView packageIdentifier, ByteView bpmk, ByteView nonce);
+    const BackupHeadV1& head, ByteView packageIdentifier, ByteView bpmk, const NonceSource& nonceSource = {});
 [[nodiscard]] std::expected<BackupSealedGraphArtifact, BackupGraphV1Error> sealCommit(
-    const BackupCommitV1& commit, ByteView packageIdentifier, ByteView bpmk);
-[[nodiscard]] std::expected<BackupSealedGraphArtifact, BackupGraphV1Error> sealCommitDeterministicFixture(
-    const BackupCommitV1& commit, ByteView packageIdentifier, ByteView bpmk, ByteView nonce);
+    const BackupCommitV1& commit, ByteView packageIdentifier, ByteView bpmk, const NonceSource& nonceSource = {});
 [[nodiscard]] std::expected<BackupSealedGraphArtifact, BackupGraphV1Error> sealSnapshot(
-    const BackupSnapshotV1& snapshot, ByteView packageIdentifier, ByteView bpmk);
-[[nodiscard]] std::expected<BackupSealedGraphArtifact, BackupGraphV1Error>
-sealSnapshotDeterministicFixture(const BackupSnapshotV1& snapshot, ByteView packageIdentifier, ByteView bpmk,
-                                 ByteView nonce);
+    const BackupSnapshotV1& snapshot, ByteView packageIdentifier, ByteView bpmk, const NonceSource& nonceSource = {});
 [[nodiscard]] std::expected<BackupSealedGraphArtifact, BackupGraphV1Error> sealManifestRoot(
-    const BackupManifestRootV1& root, ByteView packageIdentifier, ByteView bpmk);
-[[nodiscard]] std::expected<BackupSealedGraphArtifact, BackupGraphV1Error>
-sealManifestRootDeterministicFixture(const BackupManifestRootV1& root, ByteView packageIdentifier, ByteView bpmk,
-                                     ByteView nonce);
+    const BackupManifestRootV1& root, ByteView packageIdentifier, ByteView bpmk, const NonceSource& nonceSource = {});
 // The section's reference also carries its ordinal, kind, record count, first and last sort
 // key, and the decoded length and digest (those of the plaintext: sections are not compressed).
 [[nodiscard]] std::expected<BackupSealedManifestSection, BackupGraphV1Error> sealManifestSection(
-    const BackupManifestSectionV1& section, ByteView packageIdentifier, ByteView bpmk);
-[[nodiscard]] std::expected<BackupSealedManifestSection, BackupGraphV1Error>
-sealManifestSectionDeterministicFixture(const BackupManifestSectionV1& section, ByteView packageIdentifier,
-                                        ByteView bpmk, ByteView nonce);
+    const BackupManifestSectionV1& section, ByteView packageIdentifier, ByteView bpmk,
+    const NonceSource& nonceSource = {});
 
 // Opening against a reference, in this order, each failure verificationFailed except the
 // decoder's: the frame's length and SHA-256 equal the reference's; its plaintext length is

@@ -15,6 +15,7 @@ namespace galdrine::format {
 namespace Limits = BackupGraphLimitsV1;
 using Error = BackupGraphV1Error;
 using Reference = BackupArtifactReferenceV1;
+using AESGCMFrameV1::NonceSource;
 
 namespace {
 
@@ -67,13 +68,12 @@ struct SealedPlaintext {
 std::expected<SealedPlaintext, Error> sealPlaintext(ByteView plaintext, const SealedObjectRules& rules,
                                                     ByteView identifier, ByteView libraryDomainIdentifier,
                                                     ByteView packageIdentifier, ByteView bpmk,
-                                                    std::optional<ByteView> nonce) {
+                                                    const NonceSource& nonceSource) {
   if (bpmk.size() != Limits::keyByteCount) return std::unexpected(Error::invalidKey);
   const auto data = authenticatedData(rules, packageIdentifier, libraryDomainIdentifier, identifier);
   if (!data) return std::unexpected(Error::invalidIdentifier);
   const auto limit = static_cast<std::int64_t>(rules.plaintextLimit);
-  auto frame = nonce ? AESGCMFrameV1::sealDeterministicFixture(plaintext, bpmk, *data, limit, *nonce)
-                     : AESGCMFrameV1::seal(plaintext, bpmk, *data, limit);
+  auto frame = AESGCMFrameV1::seal(plaintext, bpmk, *data, limit, nonceSource);
   if (!frame) return std::unexpected(Error::verificationFailed);
   auto reference = Reference::make(Bytes(identifier.begin(), identifier.end()), frame->size(), sha256(*frame),
                                    plaintext.size(), sha256(plaintext));
@@ -83,23 +83,23 @@ std::expected<SealedPlaintext, Error> sealPlaintext(ByteView plaintext, const Se
 
 template <typename Record>
 std::expected<BackupSealedGraphArtifact, Error> sealRecord(const Record& record, const SealedObjectRules& rules,
-                                                                     ByteView packageIdentifier, ByteView bpmk,
-                                                                     std::optional<ByteView> nonce) {
+                                                           ByteView packageIdentifier, ByteView bpmk,
+                                                           const NonceSource& nonceSource) {
   const auto plaintext = record.encoded();
   if (!plaintext) return std::unexpected(plaintext.error());
   auto sealed = sealPlaintext(*plaintext, rules, record.identifier(), record.libraryDomainIdentifier(), packageIdentifier,
-                              bpmk, nonce);
+                              bpmk, nonceSource);
   if (!sealed) return std::unexpected(sealed.error());
   return BackupSealedGraphArtifact{std::move(sealed->reference), std::move(sealed->frame)};
 }
 
 std::expected<BackupSealedManifestSection, Error> sealSection(const BackupManifestSectionV1& section,
-                                                                        ByteView packageIdentifier, ByteView bpmk,
-                                                                        std::optional<ByteView> nonce) {
+                                                              ByteView packageIdentifier, ByteView bpmk,
+                                                              const NonceSource& nonceSource) {
   const auto plaintext = section.encoded();
   if (!plaintext) return std::unexpected(plaintext.error());
   auto sealed = sealPlaintext(*plaintext, manifestSectionRules(section.ordinal()), section.identifier(),
-                              section.libraryDomainIdentifier(), packageIdentifier, bpmk, nonce);
+                              section.libraryDomainIdentifier(), packageIdentifier, bpmk, nonceSource);
   if (!sealed) return std::unexpected(sealed.error());
   const std::uint64_t plaintextByteCount = sealed->reference.plaintextByteCount();
   Bytes plaintextSHA256 = sealed->reference.plaintextSHA256();
@@ -191,55 +191,32 @@ std::expected<DiscoveredRecord<Record>, Error> openDiscovered(ByteView frame, By
 
 namespace BackupGraphV1 {
 
-std::expected<BackupSealedGraphArtifact, Error> sealHead(const BackupHeadV1& head,
-                                                                   ByteView packageIdentifier, ByteView bpmk) {
-  return sealRecord(head, headRules, packageIdentifier, bpmk, std::nullopt);
+std::expected<BackupSealedGraphArtifact, Error> sealHead(const BackupHeadV1& head, ByteView packageIdentifier,
+                                                        ByteView bpmk, const NonceSource& nonceSource) {
+  return sealRecord(head, headRules, packageIdentifier, bpmk, nonceSource);
 }
 
-std::expected<BackupSealedGraphArtifact, Error> sealHeadDeterministicFixture(const BackupHeadV1& head,
-                                                                                       ByteView packageIdentifier,
-                                                                                       ByteView bpmk, ByteView nonce) {
-  return sealRecord(head, headRules, packageIdentifier, bpmk, nonce);
-}
-
-std::expected<BackupSealedGraphArtifact, Error> sealCommit(const BackupCommitV1& commit,
-                                                                     ByteView packageIdentifier, ByteView bpmk) {
-  return sealRecord(commit, commitRules, packageIdentifier, bpmk, std::nullopt);
-}
-
-std::expected<BackupSealedGraphArtifact, Error> sealCommitDeterministicFixture(
-    const BackupCommitV1& commit, ByteView packageIdentifier, ByteView bpmk, ByteView nonce) {
-  return sealRecord(commit, commitRules, packageIdentifier, bpmk, nonce);
+std::expected<BackupSealedGraphArtifact, Error> sealCommit(const BackupCommitV1& commit, ByteView packageIdentifier,
+                                                          ByteView bpmk, const NonceSource& nonceSource) {
+  return sealRecord(commit, commitRules, packageIdentifier, bpmk, nonceSource);
 }
 
 std::expected<BackupSealedGraphArtifact, Error> sealSnapshot(const BackupSnapshotV1& snapshot,
-                                                                       ByteView packageIdentifier, ByteView bpmk) {
-  return sealRecord(snapshot, snapshotRules, packageIdentifier, bpmk, std::nullopt);
-}
-
-std::expected<BackupSealedGraphArtifact, Error> sealSnapshotDeterministicFixture(
-    const BackupSnapshotV1& snapshot, ByteView packageIdentifier, ByteView bpmk, ByteView nonce) {
-  return sealRecord(snapshot, snapshotRules, packageIdentifier, bpmk, nonce);
+                                                            ByteView packageIdentifier, ByteView bpmk,
+                                                            const NonceSource& nonceSource) {
+  return sealRecord(snapshot, snapshotRules, packageIdentifier, bpmk, nonceSource);
 }
 
 std::expected<BackupSealedGraphArtifact, Error> sealManifestRoot(const BackupManifestRootV1& root,
-                                                                           ByteView packageIdentifier, ByteView bpmk) {
-  return sealRecord(root, manifestRootRules, packageIdentifier, bpmk, std::nullopt);
+                                                                ByteView packageIdentifier, ByteView bpmk,
+                                                                const NonceSource& nonceSource) {
+  return sealRecord(root, manifestRootRules, packageIdentifier, bpmk, nonceSource);
 }
 
-std::expected<BackupSealedGraphArtifact, Error> sealManifestRootDeterministicFixture(
-    const BackupManifestRootV1& root, ByteView packageIdentifier, ByteView bpmk, ByteView nonce) {
-  return sealRecord(root, manifestRootRules, packageIdentifier, bpmk, nonce);
-}
-
-std::expected<BackupSealedManifestSection, Error> sealManifestSection(
-    const BackupManifestSectionV1& section, ByteView packageIdentifier, ByteView bpmk) {
-  return sealSection(section, packageIdentifier, bpmk, std::nullopt);
-}
-
-std::expected<BackupSealedManifestSection, Error> sealManifestSectionDeterministicFixture(
-    const BackupManifestSectionV1& section, ByteView packageIdentifier, ByteView bpmk, ByteView nonce) {
-  return sealSection(section, packageIdentifier, bpmk, nonce);
+std::expected<BackupSealedManifestSection, Error> sealManifestSection(const BackupManifestSectionV1& section,
+                                                                     ByteView packageIdentifier, ByteView bpmk,
+                                                                     const NonceSource& nonceSource) {
+  return sealSection(section, packageIdentifier, bpmk, nonceSource);
 }
 
 std::expected<BackupHeadV1, Error> openHead(ByteView frame, const Reference& expected, ByteView packageIdentifier,

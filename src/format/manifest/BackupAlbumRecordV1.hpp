@@ -2,6 +2,7 @@
 // BackupAlbumRecordV1 is an album: its name, an optional folder, an optional cover
 // item, how it sorts, and its own position among its siblings.
 
+#include <array>
 #include <cstdint>
 #include <expected>
 #include <optional>
@@ -10,12 +11,21 @@
 
 #include "format/cbor/CBORBorrowedValue.hpp"
 #include "format/cbor/CBORValue.hpp"
-#include "format/manifest/BackupAlbumSortModeV1.hpp"
 #include "format/graph/BackupIdentifierV1.hpp"
 #include "format/manifest/BackupManifestRecordV1Error.hpp"
 #include "platform/Bytes.hpp"
+#include "platform/RawValue.hpp"
 
 namespace galdrine::format {
+
+// BackupAlbumSortModeV1 is how an album orders its items.
+enum class BackupAlbumSortModeV1 : std::uint8_t {
+  manual,
+  displayDateAscending,
+  displayDateDescending,
+  importDateAscending,
+  importDateDescending,
+};
 
 class BackupAlbumRecordV1 {
  public:
@@ -66,3 +76,12 @@ class BackupAlbumRecordV1 {
 };
 
 }  // namespace galdrine::format
+
+namespace galdrine {
+
+template <>
+struct RawValueTable<format::BackupAlbumSortModeV1> {
+  static constexpr std::array<std::uint64_t, 5> rawValues{0, 1, 2, 3, 4};
+};
+
+}  // namespace galdrine

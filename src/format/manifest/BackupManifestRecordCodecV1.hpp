@@ -19,9 +19,9 @@
 #include "format/manifest/BackupManifestRecordV1Error.hpp"
 #include "format/graph/BackupManifestSectionKindV1.hpp"
 #include "format/graph/BackupManifestSectionV1.hpp"
-#include "format/manifest/BackupManifestSemanticSummary.hpp"
+#include "format/sealing/AESGCMFrameV1.hpp"
+#include "format/manifest/BackupManifestSemanticValidator.hpp"
 #include "format/manifest/BackupPayloadKeyRecordV1.hpp"
-#include "format/manifest/BackupPayloadKeyScopeV1.hpp"
 #include "platform/Bytes.hpp"
 
 namespace galdrine::format {
@@ -71,18 +71,12 @@ inline constexpr std::size_t payloadKeyByteCount = 32;
 // (invalidKey); the key, bound, package and library domain identifiers are 16 bytes
 // (invalidIdentifier); the envelope {schema, key identifier, scope, bound identifier, key} is
 // sealed under `bpmk`, bound to the package, the library domain and the key identifier, with a
-// fresh nonce (a failure is verificationFailed). The envelope's plaintext is wiped before
-// returning, on every way out.
+// nonce from `nonceSource`, by default a fresh random one (a failure is verificationFailed).
+// The envelope's plaintext is wiped before returning, on every way out.
 [[nodiscard]] std::expected<BackupPayloadKeyRecordV1, BackupManifestRecordV1Error> wrapPayloadKey(
     ByteView key, ByteView keyIdentifier, BackupPayloadKeyScopeV1 scope, ByteView boundIdentifier,
-    ByteView packageIdentifier, ByteView libraryDomainIdentifier, ByteView bpmk);
-
-// wrapPayloadKeyDeterministicFixture is wrapPayloadKey with the caller's 12-byte nonce, for
-// known-answer fixtures only: a nonce must never be used twice under one key.
-[[nodiscard]] std::expected<BackupPayloadKeyRecordV1, BackupManifestRecordV1Error>
-wrapPayloadKeyDeterministicFixture(ByteView key, ByteView keyIdentifier, BackupPayloadKeyScopeV1 scope,
-                                   ByteView boundIdentifier, ByteView packageIdentifier, ByteView libraryDomainIdentifier,
-                                   ByteView bpmk, ByteView nonce);
+    ByteView packageIdentifier, ByteView libraryDomainIdentifier, ByteView bpmk,
+    const AESGCMFrameV1::NonceSource& nonceSource = {});
 
 // unwrapPayloadKey gives the 32 key bytes of `record`, which the caller owns and must wipe. In
 // this order: `bpmk` is 32 bytes (invalidKey); the frame opens under the record's identifier,

@@ -3,6 +3,7 @@
 // where it came from, whether it is in the trash, and the sorted identifiers of its 1 to 8
 // resources.
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <expected>
@@ -16,13 +17,42 @@
 #include "format/cbor/CBORValue.hpp"
 #include "format/graph/BackupIdentifierV1.hpp"
 #include "format/manifest/BackupManifestRecordV1Error.hpp"
-#include "format/manifest/BackupMediaDateSourceV1.hpp"
-#include "format/manifest/BackupMediaKindV1.hpp"
-#include "format/manifest/BackupMediaLifecycleV1.hpp"
-#include "format/manifest/BackupMediaSourceTypeV1.hpp"
 #include "platform/Bytes.hpp"
+#include "platform/RawValue.hpp"
 
 namespace galdrine::format {
+
+// BackupMediaKindV1 is what a media item shows; a live photo is a still with its
+// paired movie.
+enum class BackupMediaKindV1 : std::uint8_t {
+  photo,
+  video,
+  livePhoto,
+};
+
+// BackupMediaDateSourceV1 says where an item's display date came from.
+enum class BackupMediaDateSourceV1 : std::uint8_t {
+  photos,
+  embedded,
+  file,
+  imported,
+  camera,
+};
+
+// BackupMediaLifecycleV1 says whether an item is live or in the trash.
+enum class BackupMediaLifecycleV1 : std::uint8_t {
+  active,
+  trash,
+};
+
+// BackupMediaSourceTypeV1 says how an item entered the vault.
+enum class BackupMediaSourceTypeV1 : std::uint8_t {
+  photos,
+  files,
+  shareExtension,
+  privateCamera,
+  restore,
+};
 
 class BackupMediaItemRecordV1 {
  public:
@@ -97,3 +127,27 @@ class BackupMediaItemRecordV1 {
 };
 
 }  // namespace galdrine::format
+
+namespace galdrine {
+
+template <>
+struct RawValueTable<format::BackupMediaKindV1> {
+  static constexpr std::array<std::uint64_t, 3> rawValues{0, 1, 2};
+};
+
+template <>
+struct RawValueTable<format::BackupMediaDateSourceV1> {
+  static constexpr std::array<std::uint64_t, 5> rawValues{0, 1, 2, 3, 4};
+};
+
+template <>
+struct RawValueTable<format::BackupMediaLifecycleV1> {
+  static constexpr std::array<std::uint64_t, 2> rawValues{0, 1};
+};
+
+template <>
+struct RawValueTable<format::BackupMediaSourceTypeV1> {
+  static constexpr std::array<std::uint64_t, 5> rawValues{0, 1, 2, 3, 4};
+};
+
+}  // namespace galdrine

@@ -3,6 +3,7 @@
 // an original, a rendering): its type, size, digest, the payload key that opens it, and the
 // parts that lay its plaintext out over a pack segment or over chunk files.
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <expected>
@@ -16,12 +17,20 @@
 #include "format/cbor/CBORValue.hpp"
 #include "format/graph/BackupIdentifierV1.hpp"
 #include "format/manifest/BackupManifestRecordV1Error.hpp"
-#include "format/manifest/BackupMediaResourceRoleV1.hpp"
 #include "format/manifest/BackupPayloadPartRecordV1.hpp"
 #include "platform/Bytes.hpp"
+#include "platform/RawValue.hpp"
 #include "platform/SHA256.hpp"
 
 namespace galdrine::format {
+
+// BackupMediaResourceRoleV1 is the part a resource plays for its item.
+enum class BackupMediaResourceRoleV1 : std::uint8_t {
+  primary,
+  pairedVideo,
+  original,
+  rendered,
+};
 
 class BackupMediaResourceRecordV1 {
  public:
@@ -101,3 +110,12 @@ class BackupMediaResourceRecordV1 {
 };
 
 }  // namespace galdrine::format
+
+namespace galdrine {
+
+template <>
+struct RawValueTable<format::BackupMediaResourceRoleV1> {
+  static constexpr std::array<std::uint64_t, 4> rawValues{0, 1, 2, 3};
+};
+
+}  // namespace galdrine

@@ -3,6 +3,7 @@
 // together with what the key is bound to: a pack segment or a chunked resource. The record
 // itself proves nothing about the wrapped bytes; unwrapping does.
 
+#include <array>
 #include <cstddef>
 #include <expected>
 
@@ -10,10 +11,17 @@
 #include "format/cbor/CBORValue.hpp"
 #include "format/graph/BackupIdentifierV1.hpp"
 #include "format/manifest/BackupManifestRecordV1Error.hpp"
-#include "format/manifest/BackupPayloadKeyScopeV1.hpp"
 #include "platform/Bytes.hpp"
+#include "platform/RawValue.hpp"
 
 namespace galdrine::format {
+
+// BackupPayloadKeyScopeV1 says what a payload key is bound to: one pack segment or one
+// chunked resource.
+enum class BackupPayloadKeyScopeV1 : std::uint8_t {
+  pack,
+  resource,
+};
 
 class BackupPayloadKeyRecordV1 {
  public:
@@ -57,3 +65,12 @@ class BackupPayloadKeyRecordV1 {
 };
 
 }  // namespace galdrine::format
+
+namespace galdrine {
+
+template <>
+struct RawValueTable<format::BackupPayloadKeyScopeV1> {
+  static constexpr std::array<std::uint64_t, 2> rawValues{0, 1};
+};
+
+}  // namespace galdrine

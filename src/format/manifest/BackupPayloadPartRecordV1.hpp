@@ -4,6 +4,7 @@
 // position in it (`artifactOrdinal`), and that file's length and digest. It is stored inside
 // its resource record as an array of 9 items, not as a record of its own.
 
+#include <array>
 #include <cstdint>
 #include <expected>
 
@@ -11,11 +12,18 @@
 #include "format/graph/BackupIdentifierV1.hpp"
 #include "format/manifest/BackupManifestFieldReaderV1.hpp"
 #include "format/manifest/BackupManifestRecordV1Error.hpp"
-#include "format/payload/BackupPayloadContainerKindV1.hpp"
 #include "platform/Bytes.hpp"
+#include "platform/RawValue.hpp"
 #include "platform/SHA256.hpp"
 
 namespace galdrine::format {
+
+// BackupPayloadContainerKindV1 is the kind of file that holds a resource's encrypted
+// bytes: a pack segment shared by small resources, or one chunk file a part.
+enum class BackupPayloadContainerKindV1 : std::uint8_t {
+  pack,
+  chunk,
+};
 
 class BackupPayloadPartRecordV1 {
  public:
@@ -71,3 +79,12 @@ class BackupPayloadPartRecordV1 {
 };
 
 }  // namespace galdrine::format
+
+namespace galdrine {
+
+template <>
+struct RawValueTable<format::BackupPayloadContainerKindV1> {
+  static constexpr std::array<std::uint64_t, 2> rawValues{0, 1};
+};
+
+}  // namespace galdrine

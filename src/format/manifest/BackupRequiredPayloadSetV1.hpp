@@ -11,7 +11,6 @@
 #include "format/manifest/BackupFlatIndex.hpp"
 #include "format/graph/BackupIdentifierV1.hpp"
 #include "format/manifest/BackupManifestRecordV1Error.hpp"
-#include "format/payload/BackupPayloadContainerKindV1.hpp"
 #include "format/manifest/BackupPayloadPartRecordV1.hpp"
 #include "format/manifest/BackupRecordSet.hpp"
 #include "platform/Bytes.hpp"

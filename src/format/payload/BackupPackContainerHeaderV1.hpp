@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <expected>
 
-#include "format/payload/BackupPayloadV1Error.hpp"
+#include "format/payload/BackupPayloadV1.hpp"
 #include "platform/Bytes.hpp"
 
 namespace galdrine::format {

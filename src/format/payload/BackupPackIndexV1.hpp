@@ -12,8 +12,7 @@
 #include "format/cbor/CBORError.hpp"
 #include "format/cbor/CBORLimits.hpp"
 #include "format/payload/BackupPackContainerHeaderV1.hpp"
-#include "format/payload/BackupPackEntryDescriptorV1.hpp"
-#include "format/payload/BackupPayloadV1Error.hpp"
+#include "format/payload/BackupPayloadV1.hpp"
 #include "platform/Bytes.hpp"
 
 namespace galdrine::format {

@@ -15,25 +15,81 @@
 // and fail with one fixed case; writers stage, synchronise, read back, and publish without
 // replacing, and a failed writer leaves no staging file behind.
 
+#include <algorithm>
 #include <cstdint>
 #include <expected>
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 #include <variant>
+#include <vector>
 
 #include "format/header/BackupFormatV1.hpp"
-#include "format/payload/BackupPackEntryInput.hpp"
-#include "format/payload/BackupPackSegmentDescriptorV1.hpp"
-#include "format/payload/BackupPayloadFaultPoint.hpp"
-#include "format/payload/BackupPayloadV1Error.hpp"
-#include "format/payload/BackupResourceChunkDescriptorV1.hpp"
 #include "platform/Bytes.hpp"
 #include "platform/FileError.hpp"
+#include "platform/SHA256.hpp"
 
 namespace galdrine::format {
+
+// BackupPayloadFaultPoint names the places where a payload writer can be stopped on
+// purpose, in the order in which a writer passes them. Only a caller's fault hook stops a
+// write at one of them; the ordinary writers never do.
+enum class BackupPayloadFaultPoint : std::uint8_t {
+  afterStagingCreation,
+  afterPayloadWrite,
+  afterIndexWrite,  // pack segments only
+  afterStagingSync,
+  afterStagingVerification,
+  afterFinalRename,
+};
+
+// BackupPayloadV1Error is why a pack segment or a resource chunk could not be written,
+// inspected or opened. Cases stand in the order of the payload contract; only injectedFault
+// carries a payload, the fault point at which a hook stopped the write. Damaged and tampered
+// files read alike: no path, offset or lower reason travels with a case.
+struct BackupPayloadV1Error {
+  enum class Code : std::uint8_t {
+    injectedFault,  // payload: the fault point
+    invalidIdentifier,
+    invalidKey,
+    invalidEntrySet,
+    plaintextLimitExceeded,
+    segmentLimitExceeded,
+    invalidArtifactName,
+    invalidParentDirectory,
+    destinationAlreadyExists,
+    invalidArtifact,
+    unsupportedContainer,
+    malformedIndex,
+    verificationFailed,
+    entryNotFound,
+  };
+
+  Code code;
+  std::optional<BackupPayloadFaultPoint> faultPoint = std::nullopt;  // only for injectedFault
+
+  static constexpr BackupPayloadV1Error injectedFault(BackupPayloadFaultPoint point) {
+    return {Code::injectedFault, point};
+  }
+  static constexpr BackupPayloadV1Error invalidIdentifier() { return {Code::invalidIdentifier}; }
+  static constexpr BackupPayloadV1Error invalidKey() { return {Code::invalidKey}; }
+  static constexpr BackupPayloadV1Error invalidEntrySet() { return {Code::invalidEntrySet}; }
+  static constexpr BackupPayloadV1Error plaintextLimitExceeded() { return {Code::plaintextLimitExceeded}; }
+  static constexpr BackupPayloadV1Error segmentLimitExceeded() { return {Code::segmentLimitExceeded}; }
+  static constexpr BackupPayloadV1Error invalidArtifactName() { return {Code::invalidArtifactName}; }
+  static constexpr BackupPayloadV1Error invalidParentDirectory() { return {Code::invalidParentDirectory}; }
+  static constexpr BackupPayloadV1Error destinationAlreadyExists() { return {Code::destinationAlreadyExists}; }
+  static constexpr BackupPayloadV1Error invalidArtifact() { return {Code::invalidArtifact}; }
+  static constexpr BackupPayloadV1Error unsupportedContainer() { return {Code::unsupportedContainer}; }
+  static constexpr BackupPayloadV1Error malformedIndex() { return {Code::malformedIndex}; }
+  static constexpr BackupPayloadV1Error verificationFailed() { return {Code::verificationFailed}; }
+  static constexpr BackupPayloadV1Error entryNotFound() { return {Code::entryNotFound}; }
+
+  friend constexpr bool operator==(const BackupPayloadV1Error&, const BackupPayloadV1Error&) = default;
+};
 
 // A writer fails with its own case, or with the errno of a file call that failed (creating,
 // writing, seeking, synchronising or closing the staging file, or moving it). A failure of the
@@ -43,6 +99,74 @@ using BackupPayloadV1Failure = std::variant<BackupPayloadV1Error, platform::File
 // A fault hook is asked at each fault point a writer passes; returning true stops the write
 // there with injectedFault(point).
 using BackupPayloadFaultHook = std::function<bool(BackupPayloadFaultPoint)>;
+
+// BackupPackEntryInput is one resource to be packed: the identifier its entry will
+// carry (the resource's own identifier) and its plaintext. The writer only reads it; wiping
+// the plaintext afterwards is the holder's business.
+struct BackupPackEntryInput {
+  Bytes identifier;
+  Bytes plaintext;
+
+  friend bool operator==(const BackupPackEntryInput&, const BackupPackEntryInput&) = default;
+};
+
+// BackupPackEntryDescriptorV1 describes one entry of a pack segment, as its index
+// lists it: the entry's identifier (that of the resource it holds) and ordinal (its position),
+// where its frame starts in the file (past the entry's prefix), the frame's length and digest,
+// and the plaintext's length and digest.
+struct BackupPackEntryDescriptorV1 {
+  Bytes identifier;
+  std::uint64_t ordinal = 0;
+  std::uint64_t frameOffset = 0;
+  std::uint64_t frameByteCount = 0;
+  std::uint64_t plaintextByteCount = 0;
+  platform::SHA256Digest plaintextSHA256{};
+  platform::SHA256Digest frameSHA256{};
+
+  friend bool operator==(const BackupPackEntryDescriptorV1&,
+                         const BackupPackEntryDescriptorV1&) = default;
+};
+
+// BackupPackSegmentDescriptorV1 is what a pack segment holds, as its authenticated
+// index says and its prefixes confirm: the segment identifier, the byte counts of the entry
+// area and of the index frame, the index frame's digest, the sum of the entries' plaintext
+// byte counts, and the entries in ordinal order.
+struct BackupPackSegmentDescriptorV1 {
+  Bytes identifier;
+  std::uint64_t entryAreaByteCount = 0;
+  std::uint64_t indexFrameByteCount = 0;
+  platform::SHA256Digest indexFrameSHA256{};
+  std::uint64_t totalPlaintextByteCount = 0;
+  std::vector<BackupPackEntryDescriptorV1> entries;
+
+  // entry gives the entry whose identifier equals `entryIdentifier`, or nothing. Identifiers of a
+  // segment are pairwise different, so there is at most one.
+  [[nodiscard]] const BackupPackEntryDescriptorV1* entry(ByteView entryIdentifier) const {
+    const auto found = std::ranges::find_if(
+        entries, [&](const auto& candidate) { return ByteOrder::equal(candidate.identifier, entryIdentifier); });
+    return found == entries.end() ? nullptr : &*found;
+  }
+
+  friend bool operator==(const BackupPackSegmentDescriptorV1&,
+                         const BackupPackSegmentDescriptorV1&) = default;
+};
+
+// BackupResourceChunkDescriptorV1 names one resource chunk file and authenticates its
+// bytes. A reader builds it from a resource's part record: identifier from the part's
+// artifact identifier, ordinal from its artifact ordinal, frame byte count and digest from the
+// artifact file's, plaintext byte count and digest from the part's own. The ordinal is part of
+// the chunk's authenticated data, so a chunk read with another ordinal does not open.
+struct BackupResourceChunkDescriptorV1 {
+  Bytes identifier;
+  std::uint64_t ordinal = 0;
+  std::uint64_t frameByteCount = 0;
+  std::uint64_t plaintextByteCount = 0;
+  platform::SHA256Digest plaintextSHA256{};
+  platform::SHA256Digest frameSHA256{};
+
+  friend bool operator==(const BackupResourceChunkDescriptorV1&,
+                         const BackupResourceChunkDescriptorV1&) = default;
+};
 
 namespace BackupPayloadV1 {
 

@@ -15,7 +15,7 @@ namespace {
 
 using Error = AESGCMFrameV1Error;
 using Failure = AESGCMFrameV1Failure;
-using Nonce = std::array<std::uint8_t, AESGCMFrameV1::nonceByteCount>;
+using AESGCMFrameV1::Nonce;
 using AESGCMFrameV1::nonceByteCount;
 using AESGCMFrameV1::tagByteCount;
 
@@ -85,26 +85,6 @@ LaidOutFrame layOutFrame(ByteView nonce, std::size_t plaintextByteCount) {
   return frame;
 }
 
-// sealFrame is the one routine behind both seal forms; they differ only in where the nonce
-// comes from, and it is taken only once the input has passed its checks.
-template <typename NonceSource>
-std::expected<Bytes, Failure> sealFrame(ByteView plaintext, ByteView key, ByteView authenticatedData,
-                                        std::int64_t maximumPlaintextByteCount, NonceSource nonceSource) {
-  if (auto checked = checkCommonInput(key, authenticatedData, maximumPlaintextByteCount); !checked)
-    return std::unexpected(Failure(checked.error()));
-  if (maximumPlaintextByteCount < 0 || std::cmp_greater(plaintext.size(), maximumPlaintextByteCount))
-    return std::unexpected(Failure(Error::plaintextLimitExceeded()));
-  const std::expected<Nonce, Error> nonce = nonceSource();
-  if (!nonce) return std::unexpected(Failure(nonce.error()));
-  LaidOutFrame frame = layOutFrame(*nonce, plaintext.size());
-  const std::span<std::uint8_t> bytes(frame.bytes);
-  if (!platform::AESGCM::seal(key, *nonce, authenticatedData, plaintext,
-                                    bytes.subspan(frame.ciphertextOffset, plaintext.size()),
-                                    bytes.subspan(frame.tagOffset, tagByteCount)))
-    return std::unexpected(Failure(Error::authenticationFailed()));
-  return std::move(frame.bytes);
-}
-
 // ---- Opening ----
 
 struct FrameFields {
@@ -157,29 +137,39 @@ std::expected<FrameFields, Error> readFields(const CBORBorrowedValue& frame) {
 
 namespace AESGCMFrameV1 {
 
-std::expected<Bytes, AESGCMFrameV1Failure> seal(ByteView plaintext, ByteView key, ByteView authenticatedData,
-                                                        std::int64_t maximumPlaintextByteCount) {
-  return sealFrame(plaintext, key, authenticatedData, maximumPlaintextByteCount, []() -> std::expected<Nonce, Error> {
-    Nonce nonce{};
-    if (platform::Random::fill(nonce) != 0) return refuse(Error::authenticationFailed());
+std::expected<Nonce, AESGCMFrameV1Error> NonceSource::next() const {
+  Nonce nonce{};
+  if (fixed_) {
+    if (fixed_->size() != nonceByteCount) return refuse(Error::invalidNonceByteCount());
+    std::ranges::copy(*fixed_, nonce.begin());
     return nonce;
-  });
+  }
+  if (platform::Random::fill(nonce) != 0) return refuse(Error::authenticationFailed());
+  return nonce;
 }
 
-std::expected<Bytes, AESGCMFrameV1Failure> sealDeterministicFixture(ByteView plaintext, ByteView key,
-                                                                            ByteView authenticatedData,
-                                                                            std::int64_t maximumPlaintextByteCount,
-                                                                            ByteView nonce) {
-  return sealFrame(plaintext, key, authenticatedData, maximumPlaintextByteCount, [nonce]() -> std::expected<Nonce, Error> {
-    if (nonce.size() != nonceByteCount) return refuse(Error::invalidNonceByteCount());
-    Nonce copied{};
-    std::ranges::copy(nonce, copied.begin());
-    return copied;
-  });
+// The nonce is taken only once the input has passed its checks, so a refused seal draws
+// nothing from the random source.
+std::expected<Bytes, AESGCMFrameV1Failure> seal(ByteView plaintext, ByteView key, ByteView authenticatedData,
+                                                std::int64_t maximumPlaintextByteCount,
+                                                const NonceSource& nonceSource) {
+  if (auto checked = checkCommonInput(key, authenticatedData, maximumPlaintextByteCount); !checked)
+    return std::unexpected(Failure(checked.error()));
+  if (maximumPlaintextByteCount < 0 || std::cmp_greater(plaintext.size(), maximumPlaintextByteCount))
+    return std::unexpected(Failure(Error::plaintextLimitExceeded()));
+  const std::expected<Nonce, Error> nonce = nonceSource.next();
+  if (!nonce) return std::unexpected(Failure(nonce.error()));
+  LaidOutFrame frame = layOutFrame(*nonce, plaintext.size());
+  const std::span<std::uint8_t> bytes(frame.bytes);
+  if (!platform::AESGCM::seal(key, *nonce, authenticatedData, plaintext,
+                              bytes.subspan(frame.ciphertextOffset, plaintext.size()),
+                              bytes.subspan(frame.tagOffset, tagByteCount)))
+    return std::unexpected(Failure(Error::authenticationFailed()));
+  return std::move(frame.bytes);
 }
 
 std::expected<Bytes, AESGCMFrameV1Error> open(ByteView frame, ByteView key, ByteView authenticatedData,
-                                                      std::int64_t maximumPlaintextByteCount) {
+                                              std::int64_t maximumPlaintextByteCount) {
   if (auto checked = checkCommonInput(key, authenticatedData, maximumPlaintextByteCount); !checked)
     return std::unexpected(checked.error());
   // Views into `frame`: the ciphertext is read where it lies, never copied.

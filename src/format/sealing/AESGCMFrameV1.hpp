@@ -9,18 +9,56 @@
 // and a limit from 0 to largestPlaintextLimit. Key and plaintext arrive and leave as ordinary
 // bytes; wiping them is the business of their holders.
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <expected>
+#include <optional>
 #include <string_view>
 #include <variant>
 
 #include "format/header/BackupFormatV1.hpp"
 #include "format/cbor/CBORError.hpp"
-#include "format/sealing/AESGCMFrameV1Error.hpp"
 #include "platform/Bytes.hpp"
 
 namespace galdrine::format {
+
+// AESGCMFrameV1Error is why a frame could not be sealed or opened. Cases stand in the order of
+// the frame's contract; only invalidFrameFieldType carries a payload, the key.
+struct AESGCMFrameV1Error {
+  enum class Code : std::uint8_t {
+    invalidFrameFieldType,  // payload: the field's key
+    invalidKeyByteCount,
+    invalidNonceByteCount,
+    emptyAuthenticatedData,
+    invalidPlaintextLimit,
+    plaintextLimitExceeded,
+    malformedFrame,
+    invalidFrameFieldSet,
+    unsupportedFrameSchema,
+    unsupportedAlgorithm,
+    plaintextLengthMismatch,
+    authenticationFailed,
+  };
+
+  Code code;
+  std::uint64_t payload = 0;  // zero for the cases without one
+
+  static constexpr AESGCMFrameV1Error invalidFrameFieldType(std::uint64_t key) { return {Code::invalidFrameFieldType, key}; }
+  static constexpr AESGCMFrameV1Error invalidKeyByteCount() { return {Code::invalidKeyByteCount}; }
+  static constexpr AESGCMFrameV1Error invalidNonceByteCount() { return {Code::invalidNonceByteCount}; }
+  static constexpr AESGCMFrameV1Error emptyAuthenticatedData() { return {Code::emptyAuthenticatedData}; }
+  static constexpr AESGCMFrameV1Error invalidPlaintextLimit() { return {Code::invalidPlaintextLimit}; }
+  static constexpr AESGCMFrameV1Error plaintextLimitExceeded() { return {Code::plaintextLimitExceeded}; }
+  static constexpr AESGCMFrameV1Error malformedFrame() { return {Code::malformedFrame}; }
+  static constexpr AESGCMFrameV1Error invalidFrameFieldSet() { return {Code::invalidFrameFieldSet}; }
+  static constexpr AESGCMFrameV1Error unsupportedFrameSchema() { return {Code::unsupportedFrameSchema}; }
+  static constexpr AESGCMFrameV1Error unsupportedAlgorithm() { return {Code::unsupportedAlgorithm}; }
+  static constexpr AESGCMFrameV1Error plaintextLengthMismatch() { return {Code::plaintextLengthMismatch}; }
+  static constexpr AESGCMFrameV1Error authenticationFailed() { return {Code::authenticationFailed}; }
+
+  friend constexpr bool operator==(const AESGCMFrameV1Error&, const AESGCMFrameV1Error&) = default;
+};
 
 // Sealing fails in the frame's own checks, or (never with valid input) in the codec.
 using AESGCMFrameV1Failure = std::variant<CBORError, AESGCMFrameV1Error>;
@@ -35,18 +73,37 @@ inline constexpr std::size_t tagByteCount = 16;
 // largestPlaintextLimit is the largest maximumPlaintextByteCount a caller may pass (16 MiB).
 inline constexpr std::int64_t largestPlaintextLimit = 16777216;
 
-// seal encrypts `plaintext` under `key` and `authenticatedData` with a fresh random nonce and
-// gives the frame's bytes. After the common checks: a plaintext longer than the limit is
-// plaintextLimitExceeded; a failure of the random source or the cipher is authenticationFailed.
-[[nodiscard]] std::expected<Bytes, AESGCMFrameV1Failure> seal(ByteView plaintext, ByteView key,
-                                                                      ByteView authenticatedData,
-                                                                      std::int64_t maximumPlaintextByteCount);
+using Nonce = std::array<std::uint8_t, nonceByteCount>;
 
-// sealDeterministicFixture is seal with the caller's nonce, which must be 12 bytes (else
-// invalidNonceByteCount, checked after the plaintext limit). A nonce must never be used twice
-// under one key: only known-answer fixtures and writers that draw their own nonce call this.
-[[nodiscard]] std::expected<Bytes, AESGCMFrameV1Failure> sealDeterministicFixture(
-    ByteView plaintext, ByteView key, ByteView authenticatedData, std::int64_t maximumPlaintextByteCount, ByteView nonce);
+// NonceSource is where a seal takes its nonce from. The default is the system's secure random
+// source, a fresh nonce for every seal, and every writer uses it. fixed(nonce) hands the
+// caller's bytes to the seal instead: for frames that must come out the same on every run
+// (known-answer fixtures, tests, the fuzz target) and for a caller that drew the nonce itself.
+// A nonce must never be used twice under one key, so a fixed source serves one seal. It only
+// views the caller's bytes, which must outlive the seal.
+class NonceSource {
+ public:
+  NonceSource() = default;
+  [[nodiscard]] static NonceSource fixed(ByteView nonce) { return NonceSource(nonce); }
+
+  // next gives the nonce of one seal: the fixed bytes, which must be 12 (else
+  // invalidNonceByteCount), or 12 fresh random bytes (a failed source is authenticationFailed).
+  [[nodiscard]] std::expected<Nonce, AESGCMFrameV1Error> next() const;
+
+ private:
+  explicit NonceSource(ByteView nonce) : fixed_(nonce) {}
+
+  std::optional<ByteView> fixed_;
+};
+
+// seal encrypts `plaintext` under `key` and `authenticatedData` with a nonce from
+// `nonceSource` and gives the frame's bytes. After the common checks: a plaintext longer than
+// the limit is plaintextLimitExceeded; only then is the nonce taken (its own failures, above);
+// a failure of the cipher is authenticationFailed.
+[[nodiscard]] std::expected<Bytes, AESGCMFrameV1Failure> seal(ByteView plaintext, ByteView key,
+                                                              ByteView authenticatedData,
+                                                              std::int64_t maximumPlaintextByteCount,
+                                                              const NonceSource& nonceSource = {});
 
 // open authenticates and decrypts `frame`. After the common checks, in this order: the bytes
 // must be one canonical CBOR item within the frame's limits (else malformedFrame), a map of
@@ -59,8 +116,8 @@ inline constexpr std::int64_t largestPlaintextLimit = 16777216;
 // verified: a wrong key, wrong authenticated data and a damaged frame all read as
 // authenticationFailed.
 [[nodiscard]] std::expected<Bytes, AESGCMFrameV1Error> open(ByteView frame, ByteView key,
-                                                                    ByteView authenticatedData,
-                                                                    std::int64_t maximumPlaintextByteCount);
+                                                            ByteView authenticatedData,
+                                                            std::int64_t maximumPlaintextByteCount);
 
 }  // namespace AESGCMFrameV1
 

@@ -9,7 +9,7 @@
 #include <span>
 
 #include "format/manifest/BackupManifestRecordV1.hpp"
-#include "format/payload/BackupPayloadContainerKindV1.hpp"
+#include "format/manifest/BackupPayloadPartRecordV1.hpp"
 #include "platform/Bytes.hpp"
 #include "recovery/inspection/RecoveryPackageInspectorError.hpp"
 

@@ -1,4 +1,4 @@
-#include "format/payload/BackupPayloadFileV1.hpp"
+#include "format/payload/BackupPayloadFile.hpp"
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -26,7 +26,7 @@ constexpr std::size_t smallestMappedByteCount = 1024 * 1024;
 
 }  // namespace
 
-BackupPayloadFileV1::ReadBuffer::ReadBuffer(std::size_t byteCount) : byteCount_(byteCount) {
+BackupPayloadFile::ReadBuffer::ReadBuffer(std::size_t byteCount) : byteCount_(byteCount) {
   if (byteCount >= smallestMappedByteCount) {
     void* mapped = ::mmap(nullptr, byteCount, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (mapped != MAP_FAILED) {
@@ -42,7 +42,7 @@ BackupPayloadFileV1::ReadBuffer::ReadBuffer(std::size_t byteCount) : byteCount_(
   bytes_ = new std::uint8_t[byteCount];  // default-initialised: not zeroed
 }
 
-BackupPayloadFileV1::ReadBuffer::~ReadBuffer() {
+BackupPayloadFile::ReadBuffer::~ReadBuffer() {
   if (mapped_) {
     ::munmap(bytes_, byteCount_);
   } else {
@@ -50,12 +50,12 @@ BackupPayloadFileV1::ReadBuffer::~ReadBuffer() {
   }
 }
 
-BackupPayloadFileV1::ReadBuffer::ReadBuffer(ReadBuffer&& other) noexcept
+BackupPayloadFile::ReadBuffer::ReadBuffer(ReadBuffer&& other) noexcept
     : bytes_(std::exchange(other.bytes_, nullptr)),
       byteCount_(std::exchange(other.byteCount_, 0)),
       mapped_(std::exchange(other.mapped_, false)) {}
 
-std::expected<BackupPayloadFileV1, Error> BackupPayloadFileV1::open(int directory,
+std::expected<BackupPayloadFile, Error> BackupPayloadFile::open(int directory,
                                                                                     const std::filesystem::path& name,
                                                                                     std::uint64_t maximumByteCount) {
   auto descriptor = platform::FileDescriptor::openAt(directory, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
@@ -64,10 +64,10 @@ std::expected<BackupPayloadFileV1, Error> BackupPayloadFileV1::open(int director
   if (::fstat(descriptor->get(), &status) != 0 || !S_ISREG(status.st_mode) || status.st_size < 0 ||
       static_cast<std::uint64_t>(status.st_size) > maximumByteCount)
     return invalidArtifact();
-  return BackupPayloadFileV1(std::move(*descriptor), static_cast<std::uint64_t>(status.st_size));
+  return BackupPayloadFile(std::move(*descriptor), static_cast<std::uint64_t>(status.st_size));
 }
 
-std::expected<void, Error> BackupPayloadFileV1::readInto(std::uint64_t offset,
+std::expected<void, Error> BackupPayloadFile::readInto(std::uint64_t offset,
                                                                  std::span<std::uint8_t> bytes) const {
   if (offset > byteCount_ || bytes.size() > byteCount_ - offset) return invalidArtifact();
   std::size_t heldByteCount = 0;
@@ -81,7 +81,7 @@ std::expected<void, Error> BackupPayloadFileV1::readInto(std::uint64_t offset,
   return {};
 }
 
-std::expected<BackupPayloadFileV1::HashedRead, Error> BackupPayloadFileV1::readHashed(
+std::expected<BackupPayloadFile::HashedRead, Error> BackupPayloadFile::readHashed(
     std::uint64_t offset, std::uint64_t byteCount) const {
   if (offset > byteCount_ || byteCount > byteCount_ - offset) return invalidArtifact();
   ReadBuffer buffer(static_cast<std::size_t>(byteCount));

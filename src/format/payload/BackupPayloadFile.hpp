@@ -1,5 +1,5 @@
 #pragma once
-// BackupPayloadFileV1 is a payload file open for reading: a regular file, reached
+// BackupPayloadFile is a payload file open for reading: a regular file, reached
 // without following a symbolic link in its last component, whose length, taken from the open
 // descriptor, is within the caller's bound. Reads are positioned and exact, and never reach
 // past that length, so a hostile count cannot make one allocate more than the file holds.
@@ -12,14 +12,14 @@
 #include <span>
 #include <utility>
 
-#include "format/payload/BackupPayloadV1Error.hpp"
+#include "format/payload/BackupPayloadV1.hpp"
 #include "platform/Bytes.hpp"
 #include "platform/FileDescriptor.hpp"
 #include "platform/SHA256.hpp"
 
 namespace galdrine::format {
 
-class BackupPayloadFileV1 {
+class BackupPayloadFile {
  public:
   // ReadBuffer holds bytes read from the file, in memory that is not zeroed by us first: a frame
   // of 16 MiB would otherwise be written twice before it is used once. A large buffer is mapped
@@ -55,7 +55,7 @@ class BackupPayloadFileV1 {
   // open opens `name` under `directory` (AT_FDCWD for a path) read-only and non-blocking, so a
   // FIFO put in a file's place cannot stall it, and keeps it only if it is a regular file of
   // at most `maximumByteCount` bytes.
-  [[nodiscard]] static std::expected<BackupPayloadFileV1, BackupPayloadV1Error> open(
+  [[nodiscard]] static std::expected<BackupPayloadFile, BackupPayloadV1Error> open(
       int directory, const std::filesystem::path& name, std::uint64_t maximumByteCount);
 
   [[nodiscard]] std::uint64_t byteCount() const { return byteCount_; }
@@ -70,7 +70,7 @@ class BackupPayloadFileV1 {
                                                                                    std::uint64_t byteCount) const;
 
  private:
-  BackupPayloadFileV1(platform::FileDescriptor descriptor, std::uint64_t byteCount)
+  BackupPayloadFile(platform::FileDescriptor descriptor, std::uint64_t byteCount)
       : descriptor_(std::move(descriptor)), byteCount_(byteCount) {}
 
   platform::FileDescriptor descriptor_;
