@@ -14,7 +14,7 @@
 #include <span>
 
 #include "format/package/BackupPackageV1.hpp"
-#include "format/payload/BackupPayloadContainerKindV1.hpp"
+#include "format/manifest/BackupPayloadPartRecordV1.hpp"
 #include "platform/Bytes.hpp"
 #include "recovery/inspection/PayloadExpectation.hpp"
 
