@@ -3,7 +3,9 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <map>
 #include <optional>
+#include <set>
 #include <span>
 #include <string>
 #include <string_view>
@@ -26,7 +28,19 @@ namespace ByteOrder {
   return std::ranges::equal(left, right);
 }
 
+// Less is precedes for the maps and sets keyed by byte strings. std::less<Bytes> gives the same
+// order, but GCC 12 at -O3 cannot bound the lengths inside it and warns of a memcmp past any
+// object; comparing views, it sees them.
+struct Less {
+  [[nodiscard]] bool operator()(ByteView left, ByteView right) const { return precedes(left, right); }
+};
+
 }  // namespace ByteOrder
+
+// Maps and sets keyed by identifiers and digests, in the byte order.
+template <typename Value>
+using ByteMap = std::map<Bytes, Value, ByteOrder::Less>;
+using ByteSet = std::set<Bytes, ByteOrder::Less>;
 
 namespace ByteText {
 

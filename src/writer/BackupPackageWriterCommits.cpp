@@ -79,7 +79,7 @@ struct CommitIdentifiers {
   if (lineage.parent) commits.push_back(&lineage.parent->commit());
   for (const auto& tip : lineage.acknowledgedTips) commits.push_back(&tip.commit());
   std::vector<BackupStoredManifest> manifests;
-  std::set<Bytes> snapshotsRead;
+  ByteSet snapshotsRead;
   for (const auto* commit : commits) {
     if (!snapshotsRead.insert(commit->snapshot().identifier()).second) continue;
     auto manifest = BackupPackageGraphReader::readManifest(package, *commit, libraryDomainIdentifier, bpmk);

@@ -30,7 +30,7 @@ Bytes expectedBytes(std::string_view domain, bool bound, std::string_view ordina
   std::string hex = (bound ? "8b" : "88") + ByteText::lowerHex(head) + text(domain) + "76" + text("com.galdrine.backup.v1");
   hex += "01" "6b" + text("aes-256-gcm") + "50" + std::string(32, '1') + "50" + std::string(32, '2') + "50" + std::string(32, '3');
   hex += ordinalHex;
-  if (bound) hex += "5820" + std::string(64, '4') + "50" + std::string(32, '5') + "5820" + std::string(64, '6');
+  if (bound) hex.append("5820").append(64, '4').append("50").append(32, '5').append("5820").append(64, '6');
   return testsupport::hexBytes(hex);
 }
 

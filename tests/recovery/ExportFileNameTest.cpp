@@ -77,7 +77,7 @@ TEST(ExportFileName, PreferredFilenameCleansEveryStepInOrder) {
 
 // A stem is cut to whole characters, so a first character longer than the limit leaves none.
 TEST(ExportFileName, TruncationKeepsWholeCharactersWithinTheByteCount) {
-  const auto item = ExportTestRecords::item(1, "a" + repeated("\xCC\x81", 100) + ".jpg", {10});
+  const auto item = ExportTestRecords::item(1, std::string("a").append(repeated("\xCC\x81", 100)).append(".jpg"), {10});
   EXPECT_EQ(preferredFilename(item, ExportTestRecords::resource(10, 1), false), std::unexpected(Error::integrityFailure));
   EXPECT_EQ(*truncated("ab\xC3\xA9", 3), "ab");
   EXPECT_EQ(*truncated("ab\xC3\xA9", 4), "ab\xC3\xA9");

@@ -44,7 +44,7 @@ TEST(RecoveryArtifactFilesTest, ListsCanonicalNamesAscendingAndRefusesAnyOther) 
       {{kFirst.substr(1) + ".commit"}, "commit", Error::integrityFailure},
       {{kFirst + "0.commit"}, "commit", Error::integrityFailure},
       {{kFirst + ".commit.partial"}, "commit", Error::integrityFailure},
-      {{"g" + kFirst.substr(1) + ".commit"}, "commit", Error::integrityFailure},
+      {{std::string("g").append(kFirst.substr(1)).append(".commit")}, "commit", Error::integrityFailure},
       {{kFirst + ".snapshot"}, "snapshot", Error::integrityFailure},  // an extension of another kind
   };
   for (const auto& testCase : cases) {

@@ -175,9 +175,9 @@ TEST_F(InspectorPackageTest, AForkStaysUnresolvedUntilACommitHealsIt) {
   const auto inspection = inspect();
   ASSERT_TRUE(inspection.has_value()) << static_cast<int>(inspection.error());
   EXPECT_EQ(inspection->branchDisposition, Disposition::canonicalizedBranches(bytesOf(healed->commitIdentifier)));
-  std::set<Bytes> tips;
+  ByteSet tips;
   for (const auto& branch : inspection->preservedBranches) tips.insert(branch.tipCommitIdentifier);
-  EXPECT_EQ(tips, (std::set{bytesOf(right->commitIdentifier), bytesOf(healed->commitIdentifier)}));
+  EXPECT_EQ(tips, (ByteSet{bytesOf(right->commitIdentifier), bytesOf(healed->commitIdentifier)}));
   EXPECT_EQ(inspection->maximumWriterEpoch, healed->commit.commit().writerEpoch());
   EXPECT_EQ(inspection->authenticatedCommitCount, 4);
 }

@@ -75,18 +75,9 @@ struct BackupCommitGraphAccessState {
 
 // BackupCommitGraphScan is what a package's commits and heads add up to.
 struct BackupCommitGraphScan {
-  // IdentifierOrder is ByteOrder::precedes, the order std::less gives byte strings. Spelled out
-  // because GCC at -O3 cannot bound the lengths inside std::less<Bytes> and warns of a memcmp
-  // past any object; comparing views, it sees the lengths.
-  struct IdentifierOrder {
-    [[nodiscard]] bool operator()(const Bytes& left, const Bytes& right) const {
-      return ByteOrder::precedes(left, right);
-    }
-  };
-
   BackupCommitGraphAccessState accessState;
   std::vector<BackupCommitGraphTip> retainedTips;           // all tips, ascending by identifier
-  std::set<Bytes, IdentifierOrder> validCommitIdentifiers;  // every commit given, reached by a head or not
+  ByteSet validCommitIdentifiers;  // every commit given, reached by a head or not
   std::uint64_t maximumWriterEpoch = 0;                     // 0 when there are no commits
 
   friend bool operator==(const BackupCommitGraphScan&, const BackupCommitGraphScan&) = default;

@@ -94,7 +94,7 @@ constexpr std::string_view fallbackExtension = "bin";
                                         const format::BackupMediaResourceRecordV1& resource, bool hasMultipleResources) {
   std::string stem(cleanedStem);
   if (stem.empty()) stem = item.kind() == format::BackupMediaKindV1::video ? "Video" : "Photo";
-  if (isReservedDeviceName(stem)) stem.insert(0, "_");
+  if (isReservedDeviceName(stem)) stem.insert(stem.begin(), '_');
   if (hasMultipleResources) {
     stem += '-';
     stem += roleWord(resource.role());
@@ -158,7 +158,7 @@ std::expected<std::string, Error> collisionSafeName(const std::string& name, std
        ++attempt, ++suffix) {
     // A name without an extension gets none, rather than a trailing dot.
     std::string candidate = std::string(parts.stem) + "-" + std::to_string(suffix);
-    if (!parts.extension.empty()) candidate += "." + std::string(parts.extension);
+    if (!parts.extension.empty()) candidate.append(".").append(parts.extension);
     auto candidateKey = comparisonKey(candidate);
     if (!candidateKey) return std::unexpected(candidateKey.error());
     if (usedNames.insert(std::move(*candidateKey)).second) {

@@ -46,7 +46,7 @@ class AuthenticationBudget {
   std::uint64_t maximumManifestRecordCount_;
   std::uint64_t consumedPlaintextByteCount_ = 0;
   std::uint64_t consumedRecordCount_ = 0;
-  std::map<Bytes, format::BackupArtifactReferenceV1> charged_;
+  ByteMap<format::BackupArtifactReferenceV1> charged_;
 };
 
 }  // namespace galdrine::recovery

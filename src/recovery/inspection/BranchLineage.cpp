@@ -5,10 +5,10 @@
 namespace galdrine::recovery {
 
 std::expected<std::vector<RecoverySnapshotPreflight>, RecoveryPackageInspectorError> branchLineage(
-    const Bytes& tipCommitIdentifier, const std::map<Bytes, AuthenticatedContent>& contents,
-    const std::map<Bytes, RecoverySnapshotPreflight>& preflightsByCommit) {
+    const Bytes& tipCommitIdentifier, const ByteMap<AuthenticatedContent>& contents,
+    const ByteMap<RecoverySnapshotPreflight>& preflightsByCommit) {
   constexpr auto integrityFailure = RecoveryPackageInspectorError::integrityFailure;
-  std::set<Bytes> visited;
+  ByteSet visited;
   std::vector<RecoverySnapshotPreflight> lineage;
   Bytes current = tipCommitIdentifier;
   while (true) {

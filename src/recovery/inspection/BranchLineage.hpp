@@ -16,7 +16,7 @@ namespace galdrine::recovery {
 
 // A commit visited twice, or one without a content or a preflight, is integrityFailure.
 [[nodiscard]] std::expected<std::vector<RecoverySnapshotPreflight>, RecoveryPackageInspectorError>
-branchLineage(const Bytes& tipCommitIdentifier, const std::map<Bytes, AuthenticatedContent>& contents,
-              const std::map<Bytes, RecoverySnapshotPreflight>& preflightsByCommit);
+branchLineage(const Bytes& tipCommitIdentifier, const ByteMap<AuthenticatedContent>& contents,
+              const ByteMap<RecoverySnapshotPreflight>& preflightsByCommit);
 
 }  // namespace galdrine::recovery

@@ -46,7 +46,7 @@ struct AuthenticatedSnapshotContent {
 };
 
 // SnapshotCache holds the authenticated snapshots of one operation by snapshot identifier.
-using SnapshotCache = std::map<Bytes, AuthenticatedSnapshotContent>;
+using SnapshotCache = ByteMap<AuthenticatedSnapshotContent>;
 
 // AuthenticatedContent is one commit authenticated down to its manifest: the commit with its
 // frame's reference, its snapshot, the payload files it requires, and its records if the

@@ -23,7 +23,7 @@ struct PayloadExpectation {
   friend bool operator==(const PayloadExpectation&, const PayloadExpectation&) = default;
 };
 
-using PayloadExpectationMap = std::map<Bytes, PayloadExpectation>;
+using PayloadExpectationMap = ByteMap<PayloadExpectation>;
 
 namespace PayloadExpectations {
 

@@ -47,7 +47,7 @@ struct ExaminedPayloadFile {
 };
 
 // Examinations by artifact identifier.
-using PayloadFileExaminationMap = std::map<Bytes, ExaminedPayloadFile>;
+using PayloadFileExaminationMap = ByteMap<ExaminedPayloadFile>;
 
 // payloadFilePath is where `package` keeps the payload file `artifactIdentifier` of
 // `container`: "objects" and the chunk's canonical file name, or "packs" and the segment's.

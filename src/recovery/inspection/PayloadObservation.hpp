@@ -24,7 +24,7 @@ enum class PayloadObservation : std::uint8_t {
   unreadable,
 };
 
-using PayloadObservationMap = std::map<Bytes, PayloadObservation>;
+using PayloadObservationMap = ByteMap<PayloadObservation>;
 
 namespace PayloadObservations {
 

@@ -28,7 +28,7 @@ using Limits = RecoveryInspectionLimits;
 using Preflight = RecoverySnapshotPreflight;
 using Disposition = RecoveryBranchDisposition;
 using Scan = format::BackupCommitGraphScan;
-using ContentMap = std::map<Bytes, AuthenticatedContent>;
+using ContentMap = ByteMap<AuthenticatedContent>;
 
 [[nodiscard]] AuthenticationScope scopeOf(const Reader& reader, ByteView bpmk) {
   return {reader.package(), reader.envelopeSet().libraryDomainIdentifier(), bpmk};
@@ -58,7 +58,7 @@ struct AuthenticatedGraph {
   AuthenticationBudget budget(limits);
   SnapshotCache cache;
   AuthenticatedGraph graph;
-  std::set<Bytes> seenSnapshots;
+  ByteSet seenSnapshots;
   for (const auto& commit : commits) {
     auto content = ContentAuthentication::authenticateContent(commit, scope, false, cache, budget);
     if (!content) return std::unexpected(content.error());
@@ -85,10 +85,10 @@ struct AuthenticatedGraph {
 }
 
 // preflightsOf gives each commit its preflight, computing the evidence once per snapshot.
-[[nodiscard]] std::map<Bytes, Preflight> preflightsOf(const ContentMap& contents, const PayloadObservationMap& observations,
-                                                      const std::set<Bytes>& retainedTips) {
-  std::map<Bytes, RecoveryPayloadFileEvidence> evidenceBySnapshot;
-  std::map<Bytes, Preflight> preflights;
+[[nodiscard]] ByteMap<Preflight> preflightsOf(const ContentMap& contents, const PayloadObservationMap& observations,
+                                                      const ByteSet& retainedTips) {
+  ByteMap<RecoveryPayloadFileEvidence> evidenceBySnapshot;
+  ByteMap<Preflight> preflights;
   for (const auto& [commitIdentifier, content] : contents) {
     auto evidence = evidenceBySnapshot.find(content.snapshot.identifier());
     if (evidence == evidenceBySnapshot.end()) {
@@ -110,7 +110,7 @@ struct AuthenticatedGraph {
 }
 
 [[nodiscard]] std::expected<std::vector<RecoveryPreservedBranch>, Error> preservedBranchesOf(
-    const Scan& scan, const ContentMap& contents, const std::map<Bytes, Preflight>& preflights) {
+    const Scan& scan, const ContentMap& contents, const ByteMap<Preflight>& preflights) {
   std::vector<RecoveryPreservedBranch> branches;
   branches.reserve(scan.retainedTips.size());
   for (const auto& tip : scan.retainedTips) {
@@ -184,7 +184,7 @@ std::expected<ExaminedInspection, Error> inspectExamined(const Reader& reader, B
   auto examinations = PayloadObservations::examinePayloadFiles(graph->expectations, reader.package(), observer);
   if (!examinations) return std::unexpected(examinations.error());
   const PayloadObservationMap observations = PayloadObservations::observations(*examinations);
-  std::set<Bytes> retainedTips;
+  ByteSet retainedTips;
   for (const auto& tip : scan->retainedTips) retainedTips.insert(tip.reference().identifier());
   auto preflights = preflightsOf(graph->contents, observations, retainedTips);
   auto branches = preservedBranchesOf(*scan, graph->contents, preflights);
