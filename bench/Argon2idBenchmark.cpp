@@ -2,9 +2,10 @@
 // that new envelopes use (3 passes, 64 MiB) and the ceiling a stored record may demand
 // (12 passes, 256 MiB). bench/argon2id.sh runs this beside the argon2 command-line tool.
 
+#include "kdf/Argon2id.hpp"
+
 #include <benchmark/benchmark.h>
 
-#include "kdf/Argon2id.hpp"
 #include "platform/SecureMemory.hpp"
 
 namespace galdrine::bench {
@@ -14,7 +15,8 @@ namespace {
 constexpr std::int64_t kMiB = 1'048'576;
 
 void deriveKey(benchmark::State& state) {
-  const auto parameters = kdf::Argon2idParameters::make(static_cast<std::uint64_t>(state.range(0)), state.range(1) * kMiB);
+  const auto parameters =
+      kdf::Argon2idParameters::make(static_cast<std::uint64_t>(state.range(0)), state.range(1) * kMiB);
   if (!parameters) {
     state.SkipWithError("parameters outside the allowed range");
     return;

@@ -2,19 +2,20 @@
 // hashing it, decrypting it with AES-256-GCM and hashing the plaintext. The ratio of
 // openResourceChunk (or openPackEntry) to that floor is what an export pays for the format.
 
-#include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <stdlib.h>
 #include <unistd.h>
+
+#include <benchmark/benchmark.h>
 
 #include <filesystem>
 #include <memory>
 #include <string>
 #include <system_error>
 
-#include "format/sealing/BackupAuthenticatedDataV1.hpp"
 #include "format/cbor/DeterministicCBOR.hpp"
 #include "format/payload/BackupPayloadV1.hpp"
+#include "format/sealing/BackupAuthenticatedDataV1.hpp"
 #include "platform/AESGCM.hpp"
 #include "platform/SHA256.hpp"
 
@@ -121,8 +122,8 @@ void BM_floorReadHashDecryptHash(benchmark::State& state) {
     ::close(file);
     benchmark::DoNotOptimize(platform::SHA256::digest(ByteView(buffer.get(), frameByteCount)));
     if (!platform::AESGCM::open(kKey, nonce, authenticatedData,
-                                      ByteView(buffer.get() + ciphertextOffset, ciphertext.size()), tag,
-                                      std::span<std::uint8_t>(plaintext.get(), ciphertext.size())))
+                                ByteView(buffer.get() + ciphertextOffset, ciphertext.size()), tag,
+                                std::span<std::uint8_t>(plaintext.get(), ciphertext.size())))
       state.SkipWithError("floor open failed");
     benchmark::DoNotOptimize(platform::SHA256::digest(ByteView(plaintext.get(), ciphertext.size())));
   }

@@ -4,23 +4,24 @@
 // the frame, write it to a new file and make that file durable. The ratio of the two is what
 // the format's checks (the payload writers read every file back) and the manifest cost.
 
-#include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <stdlib.h>
 #include <unistd.h>
+
+#include <benchmark/benchmark.h>
 
 #include <filesystem>
 #include <memory>
 #include <string>
 #include <system_error>
 
-#include "writer/BackupPackageWriter.hpp"
-#include "support/BackupSampleLibrary.hpp"
-#include "support/FileFixtures.hpp"
-#include "format/sealing/AESGCMFrameV1.hpp"
 #include "format/payload/BackupPayloadV1.hpp"
+#include "format/sealing/AESGCMFrameV1.hpp"
 #include "platform/Files.hpp"
 #include "platform/SHA256.hpp"
+#include "support/BackupSampleLibrary.hpp"
+#include "support/FileFixtures.hpp"
+#include "writer/BackupPackageWriter.hpp"
 
 namespace galdrine::bench {
 
@@ -160,10 +161,13 @@ void BM_payloadWritersAlone(benchmark::State& state) {
       if (content->size() > kPieceByteCount) {
         for (std::size_t offset = 0, ordinal = 0; offset < content->size(); offset += kPieceByteCount, ++ordinal) {
           const Bytes identifier(16, ++chunk);
-          const ByteView piece = ByteView(*content).subspan(offset, std::min(kPieceByteCount, content->size() - offset));
-          const fs::path path = output / ("c" + std::to_string(chunk)) / *format::BackupPayloadV1::resourceChunkFileName(identifier);
+          const ByteView piece =
+              ByteView(*content).subspan(offset, std::min(kPieceByteCount, content->size() - offset));
+          const fs::path path =
+              output / ("c" + std::to_string(chunk)) / *format::BackupPayloadV1::resourceChunkFileName(identifier);
           fs::create_directory(path.parent_path());
-          if (!format::BackupPayloadV1::writeResourceChunk(path, package, library, identifier, ordinal, kKey, piece)) std::abort();
+          if (!format::BackupPayloadV1::writeResourceChunk(path, package, library, identifier, ordinal, kKey, piece))
+            std::abort();
         }
         continue;
       }
@@ -186,7 +190,8 @@ void BM_writeCommit(benchmark::State& state) {
     const fs::path path = f.directory / "Bench.galdrine";
     writer::BackupWriterSettings settings;
     settings.concurrentPayloadWriterCount = static_cast<std::size_t>(state.range(0));
-    auto writer = writer::BackupPackageWriter::create(path, {std::nullopt, ByteView(kRecoveryKey)}, std::move(settings));
+    auto writer =
+        writer::BackupPackageWriter::create(path, {std::nullopt, ByteView(kRecoveryKey)}, std::move(settings));
     if (!writer) std::abort();
     state.ResumeTiming();
     if (!writer->writeCommit(f.library)) state.SkipWithError("write failed");
@@ -199,8 +204,19 @@ void BM_writeCommit(benchmark::State& state) {
 
 }  // namespace
 
-BENCHMARK(BM_floorReadHashSealHashWrite)->Unit(benchmark::kSecond)->Iterations(2)->UseRealTime()->MeasureProcessCPUTime();
+BENCHMARK(BM_floorReadHashSealHashWrite)
+    ->Unit(benchmark::kSecond)
+    ->Iterations(2)
+    ->UseRealTime()
+    ->MeasureProcessCPUTime();
 BENCHMARK(BM_payloadWritersAlone)->Unit(benchmark::kSecond)->Iterations(2)->UseRealTime()->MeasureProcessCPUTime();
-BENCHMARK(BM_writeCommit)->ArgName("writers")->Arg(1)->Arg(2)->Unit(benchmark::kSecond)->Iterations(2)->UseRealTime()->MeasureProcessCPUTime();
+BENCHMARK(BM_writeCommit)
+    ->ArgName("writers")
+    ->Arg(1)
+    ->Arg(2)
+    ->Unit(benchmark::kSecond)
+    ->Iterations(2)
+    ->UseRealTime()
+    ->MeasureProcessCPUTime();
 
 }  // namespace galdrine::bench

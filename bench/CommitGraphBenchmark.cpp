@@ -48,7 +48,8 @@ Commit commit(std::uint32_t number, std::optional<std::uint32_t> parent, std::ui
 }
 
 Head headOn(std::uint32_t number, std::uint32_t commitNumber) {
-  auto record = take(format::BackupHeadV1::make(identifier(number, 0x40), Bytes(16, 0x11), referenceTo(commitNumber), 0));
+  auto record =
+      take(format::BackupHeadV1::make(identifier(number, 0x40), Bytes(16, 0x11), referenceTo(commitNumber), 0));
   return take(Head::make(referenceTo(number, 0x40), std::move(record)));
 }
 

@@ -21,14 +21,14 @@
 #include <string_view>
 #include <vector>
 
-#include "format/manifest/BackupManifestRecordCodecV1.hpp"
 #include "BenchmarkMoment.hpp"
-#include "platform/SecureMemory.hpp"
+#include "format/manifest/BackupManifestRecordCodecV1.hpp"
 #include "keys/RecoveryKeyMnemonicV1.hpp"
+#include "platform/SecureMemory.hpp"
 #include "recovery/export/ExportWriting.hpp"
 #include "recovery/export/RecoveryExporter.hpp"
-#include "recovery/inspection/RecoveryPackageInspector.hpp"
 #include "recovery/export/ResourceRecovery.hpp"
+#include "recovery/inspection/RecoveryPackageInspector.hpp"
 
 namespace {
 
@@ -38,7 +38,8 @@ namespace recovery = galdrine::recovery;
 // The recovery key InspectBenchmark writes its packages with.
 const galdrine::Bytes kRecoveryKey(32, 0x5A);
 
-[[nodiscard]] std::string phaseJSON(std::string_view name, const galdrine::bench::Moment& start, const galdrine::bench::Moment& end) {
+[[nodiscard]] std::string phaseJSON(std::string_view name, const galdrine::bench::Moment& start,
+                                    const galdrine::bench::Moment& end) {
   char text[256];
   std::snprintf(text, sizeof text, "\"%.*s\": {\"wall\": %.4f, \"user\": %.4f, \"system\": %.4f}",
                 static_cast<int>(name.size()), name.data(), end.wallSeconds - start.wallSeconds,
@@ -59,11 +60,12 @@ int printPhrase() {
   for (const recovery::PlannedResource& planned : session.plan()) {
     const auto record = session.model().payloadKeys.find(planned.resource->payloadKeyIdentifier());
     if (record == session.model().payloadKeys.end()) return false;
-    auto key = galdrine::format::BackupManifestRecordCodecV1::unwrapPayloadKey(record->second, session.packageIdentifier(),
-                                                                     session.libraryDomainIdentifier(), session.bpmk());
+    auto key = galdrine::format::BackupManifestRecordCodecV1::unwrapPayloadKey(
+        record->second, session.packageIdentifier(), session.libraryDomainIdentifier(), session.bpmk());
     if (!key) return false;
     for (const auto& part : planned.resource->parts()) {
-      auto plaintext = recovery::openPayloadPart(part, *planned.resource, package, session.libraryDomainIdentifier(), *key);
+      auto plaintext =
+          recovery::openPayloadPart(part, *planned.resource, package, session.libraryDomainIdentifier(), *key);
       if (!plaintext) return false;
       galdrine::platform::SecureMemory::wipe(*plaintext);
     }

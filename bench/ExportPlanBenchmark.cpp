@@ -33,8 +33,8 @@ format::BackupMediaResourceRecordV1 resource(std::uint64_t number, std::uint64_t
                                              format::BackupMediaResourceRoleV1 role) {
   const Bytes digest = numbered(number, 32);
   const Bytes artifact = numbered(number + 1, 16);
-  const auto part = made(format::BackupPayloadPartRecordV1::make({0, 0, 1000, digest, format::BackupPayloadContainerKindV1::pack,
-                                                                  artifact, 0, 2000, digest}));
+  const auto part = made(format::BackupPayloadPartRecordV1::make(
+      {0, 0, 1000, digest, format::BackupPayloadContainerKindV1::pack, artifact, 0, 2000, digest}));
   return made(format::BackupMediaResourceRecordV1::make({numbered(number, 16), numbered(item, 16), role, type, 1000,
                                                          std::nullopt, std::nullopt, std::nullopt, digest,
                                                          numbered(7, 16), std::span(&part, 1)}));
@@ -48,11 +48,12 @@ std::vector<format::BackupManifestRecordV1> library() {
     const ByteView resources[] = {still, movie};
     const std::string name = "IMG_" + std::to_string(item % 1000) + ".HEIC";  // each name fifty times
     records.emplace_back(made(format::BackupMediaItemRecordV1::make(
-        {numbered(item * 4, 16), format::BackupMediaKindV1::livePhoto, 0, std::nullopt, format::BackupMediaDateSourceV1::camera, 0,
-         name, false, format::BackupMediaLifecycleV1::active, std::nullopt, format::BackupMediaSourceTypeV1::photos, false,
-         resources})));
+        {numbered(item * 4, 16), format::BackupMediaKindV1::livePhoto, 0, std::nullopt,
+         format::BackupMediaDateSourceV1::camera, 0, name, false, format::BackupMediaLifecycleV1::active, std::nullopt,
+         format::BackupMediaSourceTypeV1::photos, false, resources})));
     records.emplace_back(resource(item * 4 + 1, item * 4, "public.heic", format::BackupMediaResourceRoleV1::primary));
-    records.emplace_back(resource(item * 4 + 2, item * 4, "com.apple.quicktime-movie", format::BackupMediaResourceRoleV1::pairedVideo));
+    records.emplace_back(
+        resource(item * 4 + 2, item * 4, "com.apple.quicktime-movie", format::BackupMediaResourceRoleV1::pairedVideo));
   }
   return records;
 }

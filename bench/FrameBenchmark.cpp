@@ -32,7 +32,8 @@ void frameOpen16MiB(benchmark::State& state) {
                                                  format::AESGCMFrameV1::largestPlaintextLimit);
   if (!frame) std::abort();
   for (auto _ : state) {
-    auto plaintext = format::AESGCMFrameV1::open(*frame, kKey, kAuthenticatedData, format::AESGCMFrameV1::largestPlaintextLimit);
+    auto plaintext =
+        format::AESGCMFrameV1::open(*frame, kKey, kAuthenticatedData, format::AESGCMFrameV1::largestPlaintextLimit);
     if (!plaintext) std::abort();
     benchmark::DoNotOptimize(plaintext->data());
   }

@@ -23,11 +23,11 @@
 #include <string_view>
 #include <vector>
 
-#include "writer/BackupPackageWriter.hpp"
 #include "BenchmarkMoment.hpp"
-#include "platform/SecureMemory.hpp"
 #include "platform/ScopeGuard.hpp"
+#include "platform/SecureMemory.hpp"
 #include "recovery/inspection/RecoveryPackageInspector.hpp"
+#include "writer/BackupPackageWriter.hpp"
 
 namespace {
 
@@ -79,7 +79,8 @@ int writePackage(const fs::path& mediaDirectory, const fs::path& packagePath, co
   std::string passphrase = fileText(passphraseFile);
   galdrine::ScopeGuard wipePassphrase{[&] { galdrine::platform::SecureMemory::wipe(passphrase); }};
   auto writer = galdrine::writer::BackupPackageWriter::create(
-      packagePath, {.backupPassphrase = galdrine::ByteText::view(passphrase), .recoveryKey = galdrine::ByteView(kRecoveryKey)});
+      packagePath,
+      {.backupPassphrase = galdrine::ByteText::view(passphrase), .recoveryKey = galdrine::ByteView(kRecoveryKey)});
   if (!writer) {
     std::fprintf(stderr, "cannot create the package\n");
     return 1;
@@ -140,7 +141,8 @@ int inspectPackage(const fs::path& packagePath, const fs::path& passphraseFile) 
   const galdrine::bench::Moment hashingStart = firstRead.value_or(lastRead);
 
   std::int64_t matching = 0;
-  for (const auto& snapshot : inspection->authenticatedSnapshots) matching += snapshot.payloadFileEvidence.matchingFileCount;
+  for (const auto& snapshot : inspection->authenticatedSnapshots)
+    matching += snapshot.payloadFileEvidence.matchingFileCount;
   std::printf(
       "{\"payloadFileCount\": %llu, \"payloadByteCount\": %llu, \"matchingFileCount\": %lld, "
       "\"unlockWallSeconds\": %.4f, \"inspectWallSeconds\": %.4f, \"payloadWallSeconds\": %.4f, "
@@ -149,8 +151,8 @@ int inspectPackage(const fs::path& packagePath, const fs::path& passphraseFile) 
       static_cast<unsigned long long>(payloadFileCount), static_cast<unsigned long long>(payloadByteCount),
       static_cast<long long>(matching), unlocked.wallSeconds - start.wallSeconds,
       finished.wallSeconds - unlocked.wallSeconds, lastRead.wallSeconds - hashingStart.wallSeconds,
-      lastRead.userSeconds - hashingStart.userSeconds, lastRead.systemSeconds - hashingStart.systemSeconds, peakWithUnlock,
-      peakResidentBytes());
+      lastRead.userSeconds - hashingStart.userSeconds, lastRead.systemSeconds - hashingStart.systemSeconds,
+      peakWithUnlock, peakResidentBytes());
   return 0;
 }
 

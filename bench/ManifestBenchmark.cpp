@@ -3,6 +3,8 @@
 // (items, resources and payload keys dominating). bench/manifest.sh runs each size alone and
 // reports time, peak memory and the ratio per doubling.
 
+#include <malloc.h>
+
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -11,7 +13,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
-#include <malloc.h>
 #include <map>
 #include <memory>
 #include <string>
@@ -74,7 +75,8 @@ class LibraryGenerator {
       value = (value ^ (value >> 30)) * 0xBF58476D1CE4E5B9ULL;
       value = (value ^ (value >> 27)) * 0x94D049BB133111EBULL;
       value ^= value >> 31;
-      for (std::size_t index = 0; index < 8; ++index) bytes[half * 8 + index] = static_cast<std::uint8_t>(value >> (8 * index));
+      for (std::size_t index = 0; index < 8; ++index)
+        bytes[half * 8 + index] = static_cast<std::uint8_t>(value >> (8 * index));
     }
     return bytes;
   }
@@ -115,7 +117,7 @@ class LibraryGenerator {
       resources.push_back(addChunkedResource(itemIdentifier));
     }
     std::ranges::sort(resources, ByteOrder::precedes);
-    const auto kind = kindOfItem < 15 ? format::BackupMediaKindV1::photo
+    const auto kind = kindOfItem < 15   ? format::BackupMediaKindV1::photo
                       : kindOfItem < 17 ? format::BackupMediaKindV1::livePhoto
                                         : format::BackupMediaKindV1::video;
     addItemRecord(itemIdentifier, kind, resources, item);
@@ -123,9 +125,11 @@ class LibraryGenerator {
     if (item % 10 == 0) addTombstone();
   }
 
-  void addItemRecord(const Bytes& itemIdentifier, format::BackupMediaKindV1 kind, const std::vector<Bytes>& resources, std::uint64_t item) {
+  void addItemRecord(const Bytes& itemIdentifier, format::BackupMediaKindV1 kind, const std::vector<Bytes>& resources,
+                     std::uint64_t item) {
     const std::vector<ByteView> views(resources.begin(), resources.end());
-    const std::string name = "IMG_" + std::to_string(item) + (kind == format::BackupMediaKindV1::video ? ".MOV" : ".HEIC");
+    const std::string name =
+        "IMG_" + std::to_string(item) + (kind == format::BackupMediaKindV1::video ? ".MOV" : ".HEIC");
     add(required(format::BackupMediaItemRecordV1::make({
         .identifier = itemIdentifier,
         .kind = kind,
@@ -192,8 +196,9 @@ class LibraryGenerator {
     return resourceIdentifier;
   }
 
-  void addResourceRecord(const Bytes& resourceIdentifier, const Bytes& itemIdentifier, Role role, std::uint64_t byteCount,
-                         const Bytes& digest, const Bytes& key, std::span<const format::BackupPayloadPartRecordV1> parts) {
+  void addResourceRecord(const Bytes& resourceIdentifier, const Bytes& itemIdentifier, Role role,
+                         std::uint64_t byteCount, const Bytes& digest, const Bytes& key,
+                         std::span<const format::BackupPayloadPartRecordV1> parts) {
     add(required(format::BackupMediaResourceRecordV1::make({
         .identifier = resourceIdentifier,
         .itemIdentifier = itemIdentifier,
@@ -211,9 +216,12 @@ class LibraryGenerator {
 
   void addFolder(std::uint64_t index) {
     const Bytes folder = identifier();
-    const std::optional<ByteView> parent = index % 3 == 0 || folder_.empty() ? std::nullopt : std::optional<ByteView>(folder_);
-    add(required(format::BackupAlbumFolderRecordV1::make(
-        {.identifier = folder, .parentFolderIdentifier = parent, .name = "Years", .manualPosition = static_cast<std::int64_t>(index)})));
+    const std::optional<ByteView> parent =
+        index % 3 == 0 || folder_.empty() ? std::nullopt : std::optional<ByteView>(folder_);
+    add(required(format::BackupAlbumFolderRecordV1::make({.identifier = folder,
+                                                          .parentFolderIdentifier = parent,
+                                                          .name = "Years",
+                                                          .manualPosition = static_cast<std::int64_t>(index)})));
     folder_ = folder;
   }
 
@@ -231,9 +239,10 @@ class LibraryGenerator {
   }
 
   void addMembership(const Bytes& itemIdentifier, std::uint64_t item) {
-    add(required(format::BackupAlbumMembershipRecordV1::make(
-        {.albumIdentifier = album_, .itemIdentifier = itemIdentifier, .manualPosition = static_cast<std::int64_t>(item),
-         .addedAtUTCMilliseconds = 1700000000000})));
+    add(required(format::BackupAlbumMembershipRecordV1::make({.albumIdentifier = album_,
+                                                              .itemIdentifier = itemIdentifier,
+                                                              .manualPosition = static_cast<std::int64_t>(item),
+                                                              .addedAtUTCMilliseconds = 1700000000000})));
   }
 
   void addTombstone() {
@@ -259,18 +268,24 @@ class LibraryGenerator {
       });
       for (std::size_t first = 0; first < records.size(); first += sectionRecordCount) {
         const std::size_t count = std::min(sectionRecordCount, records.size() - first);
-        const auto section = required(Codec::makeSection(identifier(), manifestIdentifier, domain_, plaintexts.size(),
-                                                         static_cast<Kind>(kind), std::span(records).subspan(first, count)));
+        const auto section =
+            required(Codec::makeSection(identifier(), manifestIdentifier, domain_, plaintexts.size(),
+                                        static_cast<Kind>(kind), std::span(records).subspan(first, count)));
         plaintexts.push_back(required(section.encoded()));
       }
       records = {};
     }
-    Manifest manifest{.sections = {}, .recordCounts = recordCounts, .canonicalByteCount = 0, .packageIdentifier = package_,
-                      .libraryDomainIdentifier = domain_, .bpmk = bpmk_};
+    Manifest manifest{.sections = {},
+                      .recordCounts = recordCounts,
+                      .canonicalByteCount = 0,
+                      .packageIdentifier = package_,
+                      .libraryDomainIdentifier = domain_,
+                      .bpmk = bpmk_};
     manifest.sections.reserve(plaintexts.size());
     for (Bytes& plaintext : plaintexts) {
       manifest.sections.push_back(required(format::BackupManifestSectionV1::decode(plaintext)));
-      for (const auto& blob : manifest.sections.back().records()) manifest.canonicalByteCount += blob.canonicalRecord().size();
+      for (const auto& blob : manifest.sections.back().records())
+        manifest.canonicalByteCount += blob.canonicalRecord().size();
       plaintext = {};
     }
     return manifest;
@@ -326,8 +341,8 @@ void describe(benchmark::State& state, const Manifest& manifest, double heldMega
   state.counters["recordMB"] = static_cast<double>(manifest.canonicalByteCount) / 1048576.0;
   state.counters["heldMB"] = heldMegabytes;
   state.counters["peakMB"] = statusMegabytes("VmHWM");
-  state.counters["nsPerRecord"] = benchmark::Counter(static_cast<double>(records), benchmark::Counter::kIsIterationInvariantRate |
-                                                                                   benchmark::Counter::kInvert);
+  state.counters["nsPerRecord"] = benchmark::Counter(
+      static_cast<double>(records), benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
 void decodeRecords(benchmark::State& state) {
@@ -349,8 +364,8 @@ void decodeAndValidate(benchmark::State& state) {
   const Manifest& manifest = manifestOf(static_cast<std::size_t>(state.range(0)));
   const double heldMegabytes = startMeasuringMemory();
   for (auto _ : state) {
-    const auto summary = Codec::validateAndSummarize(manifest.sections, manifest.packageIdentifier, manifest.libraryDomainIdentifier,
-                                                     manifest.bpmk);
+    const auto summary = Codec::validateAndSummarize(manifest.sections, manifest.packageIdentifier,
+                                                     manifest.libraryDomainIdentifier, manifest.bpmk);
     if (!summary) {
       const std::string reason = "the manifest was refused: " + std::to_string(static_cast<int>(summary.error()));
       state.SkipWithError(reason.c_str());
@@ -366,9 +381,9 @@ void decodeAndValidate(benchmark::State& state) {
 // programs can only slow a run down.
 void sizes(benchmark::internal::Benchmark* benchmark) {
   for (const std::int64_t recordCount : {125000, 250000, 500000, 1000000}) benchmark->Arg(recordCount);
-  benchmark->Unit(benchmark::kMillisecond)->Repetitions(5)->ComputeStatistics("min", [](const std::vector<double>& values) {
-    return *std::ranges::min_element(values);
-  });
+  benchmark->Unit(benchmark::kMillisecond)
+      ->Repetitions(5)
+      ->ComputeStatistics("min", [](const std::vector<double>& values) { return *std::ranges::min_element(values); });
 }
 
 BENCHMARK(decodeRecords)->Apply(sizes)->Iterations(1);

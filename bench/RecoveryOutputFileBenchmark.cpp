@@ -5,10 +5,13 @@
 // hashing in 1 MiB slices right behind the write rather than a whole part after it, and
 // starting write-back after every part rather than leaving it all to the final fsync.
 
-#include <benchmark/benchmark.h>
+#include "recovery/export/RecoveryOutputFile.hpp"
+
 #include <fcntl.h>
 #include <stdlib.h>
 #include <unistd.h>
+
+#include <benchmark/benchmark.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -17,7 +20,6 @@
 
 #include "platform/Files.hpp"
 #include "platform/SHA256.hpp"
-#include "recovery/export/RecoveryOutputFile.hpp"
 
 namespace galdrine::bench {
 

@@ -43,7 +43,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     require(plaintext.error().payload == 0 || (code == Code::invalidFrameFieldType && plaintext.error().payload <= 5));
     return 0;
   }
-  const auto decoded = galdrine::format::DeterministicCBOR::decodeBorrowed(frame, galdrine::format::CBORLimits::sealedFrame(limit));
+  const auto decoded =
+      galdrine::format::DeterministicCBOR::decodeBorrowed(frame, galdrine::format::CBORLimits::sealedFrame(limit));
   require(decoded.has_value());
   require(decoded->find(5)->asUnsigned() == plaintext->size());
   const auto resealed = galdrine::format::AESGCMFrameV1::seal(

@@ -12,11 +12,16 @@ namespace {
 
 galdrine::format::CBORLimits limitsFor(std::uint8_t selector) {
   switch (selector % 5) {
-    case 0: return galdrine::format::CBORLimits::formatHeader();
-    case 1: return galdrine::format::CBORLimits::authenticatedData();
-    case 2: return galdrine::format::CBORLimits::sealedFrame(selector);
-    case 3: return {1 << 16, 1 << 12, 1 << 12, 64, 1024, 16};
-    default: return {64, 8, 8, 4, 12, 3};
+    case 0:
+      return galdrine::format::CBORLimits::formatHeader();
+    case 1:
+      return galdrine::format::CBORLimits::authenticatedData();
+    case 2:
+      return galdrine::format::CBORLimits::sealedFrame(selector);
+    case 3:
+      return {1 << 16, 1 << 12, 1 << 12, 64, 1024, 16};
+    default:
+      return {64, 8, 8, 4, 12, 3};
   }
 }
 

@@ -20,7 +20,7 @@ std::expected<void, BackupToolError> checkNewPackageLocation(const fs::path& pac
   if (!format::BackupFormatV1::isValidPackageRootName(packagePath.filename().native())) {
     return std::unexpected(BackupToolError::packageLocationUnavailable);
   }
-  struct stat status{};
+  struct stat status {};
   if (::lstat(packagePath.c_str(), &status) == 0) return std::unexpected(BackupToolError::packageExists);
   if (::lstat(packagePath.parent_path().c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
     return std::unexpected(BackupToolError::packageLocationUnavailable);
@@ -33,7 +33,7 @@ std::expected<fs::path, BackupToolError> stagingPath(const fs::path& packagePath
   if (!identifier) return std::unexpected(BackupToolError::operationFailed);
   // Hidden, and a package name itself, so that the package can be built in place.
   return packagePath.parent_path() / ("." + packagePath.filename().native() + ".staging-" + *identifier +
-                                     std::string(format::BackupFormatV1::dottedPackageExtension));
+                                      std::string(format::BackupFormatV1::dottedPackageExtension));
 }
 
 std::expected<void, BackupToolError> publish(const fs::path& stagingPath, const fs::path& packagePath) {

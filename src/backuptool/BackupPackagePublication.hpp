@@ -21,7 +21,8 @@ namespace BackupPackagePublication {
 
 // stagingPath gives a fresh hidden sibling of `packagePath` to build the package in; a failed
 // random source is operationFailed.
-[[nodiscard]] std::expected<std::filesystem::path, BackupToolError> stagingPath(const std::filesystem::path& packagePath);
+[[nodiscard]] std::expected<std::filesystem::path, BackupToolError> stagingPath(
+    const std::filesystem::path& packagePath);
 
 // publish moves the staged package to `packagePath`, refusing an existing target
 // (packageExists; another failed rename is outputWriteFailed), and makes the move durable by
@@ -29,7 +30,7 @@ namespace BackupPackagePublication {
 // result is outputWriteFailed: the caller reports no success for a package it cannot vouch for.
 // On failure the staged package stays where it was, for the caller to remove.
 [[nodiscard]] std::expected<void, BackupToolError> publish(const std::filesystem::path& stagingPath,
-                                                          const std::filesystem::path& packagePath);
+                                                           const std::filesystem::path& packagePath);
 
 }  // namespace BackupPackagePublication
 

@@ -23,11 +23,11 @@ struct BackupSourceFile {
 };
 
 struct BackupSourceDirectory {
-  std::string name;          // empty for the source directory itself
-  std::string relativePath;  // empty for the source directory itself
-  std::size_t depth = 0;     // 0 for the source directory, 1 for its subdirectories
-  std::vector<BackupSourceFile> files;        // ascending by name bytes
-  std::vector<std::size_t> subdirectories;    // indexes into BackupSource::directories, ascending by name bytes
+  std::string name;                         // empty for the source directory itself
+  std::string relativePath;                 // empty for the source directory itself
+  std::size_t depth = 0;                    // 0 for the source directory, 1 for its subdirectories
+  std::vector<BackupSourceFile> files;      // ascending by name bytes
+  std::vector<std::size_t> subdirectories;  // indexes into BackupSource::directories, ascending by name bytes
 
   friend bool operator==(const BackupSourceDirectory&, const BackupSourceDirectory&) = default;
 };

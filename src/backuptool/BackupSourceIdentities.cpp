@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "platform/SecureMemory.hpp"
 #include "platform/HKDF.hpp"
+#include "platform/SecureMemory.hpp"
 
 namespace galdrine::backuptool {
 
@@ -16,10 +16,14 @@ constexpr std::string_view keyInfo = "galdrine-backup/source-identity-key/v1";
 
 [[nodiscard]] std::string_view labelOf(BackupSourceIdentities::Kind kind) {
   switch (kind) {
-    case BackupSourceIdentities::Kind::folder: return "galdrine-backup/folder/v1";
-    case BackupSourceIdentities::Kind::album: return "galdrine-backup/album/v1";
-    case BackupSourceIdentities::Kind::item: return "galdrine-backup/item/v1";
-    case BackupSourceIdentities::Kind::resource: return "galdrine-backup/resource/v1";
+    case BackupSourceIdentities::Kind::folder:
+      return "galdrine-backup/folder/v1";
+    case BackupSourceIdentities::Kind::album:
+      return "galdrine-backup/album/v1";
+    case BackupSourceIdentities::Kind::item:
+      return "galdrine-backup/item/v1";
+    case BackupSourceIdentities::Kind::resource:
+      return "galdrine-backup/resource/v1";
   }
   std::unreachable();
 }
@@ -37,8 +41,8 @@ std::expected<BackupSourceIdentities, Error> BackupSourceIdentities::make(ByteVi
   return BackupSourceIdentities(std::move(key));
 }
 
-std::expected<format::BackupIdentifierV1, Error> BackupSourceIdentities::identifier(Kind kind,
-                                                                                   std::string_view relativePath) const {
+std::expected<format::BackupIdentifierV1, Error> BackupSourceIdentities::identifier(
+    Kind kind, std::string_view relativePath) const {
   // The label is followed by a zero byte, which no label holds, so no path can pass for another kind.
   const std::string_view label = labelOf(kind);
   Bytes info;

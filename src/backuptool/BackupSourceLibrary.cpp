@@ -75,7 +75,8 @@ class Arrangement {
 
  private:
   [[nodiscard]] std::expected<void, Error> children(const BackupSourceDirectory& directory,
-                                                    const std::optional<Identifier>& folder, std::int64_t firstPosition) {
+                                                    const std::optional<Identifier>& folder,
+                                                    std::int64_t firstPosition) {
     std::int64_t position = firstPosition;
     for (const std::size_t child : directory.subdirectories) {
       if (!yields_[child]) continue;
@@ -86,7 +87,8 @@ class Arrangement {
 
   // arrange places one directory below `parentFolder` at `position` among its siblings.
   [[nodiscard]] std::expected<void, Error> arrange(const BackupSourceDirectory& directory,
-                                                   const std::optional<Identifier>& parentFolder, std::int64_t position) {
+                                                   const std::optional<Identifier>& parentFolder,
+                                                   std::int64_t position) {
     const bool holdsDirectories =
         std::ranges::any_of(directory.subdirectories, [&](std::size_t child) { return yields_[child]; });
     if (!holdsDirectories) return album(directory, parentFolder, position);
@@ -120,8 +122,8 @@ class Arrangement {
     return {};
   }
 
-  [[nodiscard]] std::expected<writer::BackupResourceDescription, Error> resource(const BackupSourceFile& file,
-                                                                                  format::BackupMediaResourceRoleV1 role) {
+  [[nodiscard]] std::expected<writer::BackupResourceDescription, Error> resource(
+      const BackupSourceFile& file, format::BackupMediaResourceRoleV1 role) {
     const auto identifier = identities_.identifier(Kind::resource, file.relativePath);
     if (!identifier) return std::unexpected(identifier.error());
     writer::BackupResourceDescription resource;
@@ -167,8 +169,8 @@ class Arrangement {
 
 }  // namespace
 
-std::expected<writer::BackupLibrarySnapshot, BackupSourceIdentitiesError> arrange(const BackupSource& source,
-                                                                                    const BackupSourceIdentities& identities) {
+std::expected<writer::BackupLibrarySnapshot, BackupSourceIdentitiesError> arrange(
+    const BackupSource& source, const BackupSourceIdentities& identities) {
   return Arrangement(source, identities).run();
 }
 

@@ -91,7 +91,7 @@ class Walk {
 
   [[nodiscard]] std::expected<void, Error> entry(int descriptor, const fs::path& path, std::size_t index,
                                                  const std::string& name) {
-    struct stat status{};
+    struct stat status {};
     if (::fstatat(descriptor, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return skip();  // gone meanwhile
     if (S_ISDIR(status.st_mode)) return subdirectory(descriptor, path, index, name);
     if (S_ISREG(status.st_mode)) return file(path, index, name, status);

@@ -19,7 +19,9 @@ using Outcome = std::expected<Bytes, BackupToolError>;
 Outcome run(const BackupToolCommand& command, BackupToolCredentialReading& reader) {
   struct Runner {
     BackupToolCredentialReading& reader;
-    Outcome operator()(const BackupToolCommand::Create& create) const { return BackupToolCreation::run(create, reader); }
+    Outcome operator()(const BackupToolCommand::Create& create) const {
+      return BackupToolCreation::run(create, reader);
+    }
     Outcome operator()(const BackupToolCommand::Add& add) const { return BackupToolAddition::run(add, reader); }
     Outcome operator()(const BackupToolCommand::Help&) const { return ByteText::bytes(backupToolUsageText); }
   };

@@ -6,10 +6,10 @@
 #include "backuptool/BackupToolReport.hpp"
 #include "backuptool/BackupToolSnapshot.hpp"
 #include "backuptool/BackupToolWriterFailure.hpp"
-#include "writer/BackupPackageWriter.hpp"
 #include "format/package/BackupPackageV1.hpp"
-#include "platform/SecureMemory.hpp"
 #include "platform/ScopeGuard.hpp"
+#include "platform/SecureMemory.hpp"
+#include "writer/BackupPackageWriter.hpp"
 
 namespace galdrine::backuptool {
 

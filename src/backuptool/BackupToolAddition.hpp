@@ -21,7 +21,7 @@ namespace galdrine::backuptool {
 namespace BackupToolAddition {
 
 [[nodiscard]] std::expected<Bytes, BackupToolError> run(const BackupToolCommand::Add& command,
-                                                       BackupToolCredentialReading& reader);
+                                                        BackupToolCredentialReading& reader);
 
 }  // namespace BackupToolAddition
 

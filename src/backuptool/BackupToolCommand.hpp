@@ -6,8 +6,8 @@
 #include <filesystem>
 #include <variant>
 
-#include "envelope/PortableKeyFactorV1.hpp"
 #include "credential/CredentialInput.hpp"
+#include "envelope/PortableKeyFactorV1.hpp"
 
 namespace galdrine::backuptool {
 

@@ -87,7 +87,9 @@ std::expected<Locations, BackupToolError> locations(const Tokens& tokens) {
   return Locations{std::move(*packagePath), std::move(*sourcePath)};
 }
 
-Input inputOf(const Tokens& tokens) { return tokens.credentialStandardInput ? Input::standardInput : Input::hiddenTerminal; }
+Input inputOf(const Tokens& tokens) {
+  return tokens.credentialStandardInput ? Input::standardInput : Input::hiddenTerminal;
+}
 
 std::expected<BackupToolCommand, BackupToolError> parseCreate(Arguments rest) {
   const auto tokens = collect(rest);
@@ -97,7 +99,8 @@ std::expected<BackupToolCommand, BackupToolError> parseCreate(Arguments rest) {
   auto paths = locations(*tokens);
   if (!paths) return std::unexpected(paths.error());
   return BackupToolCommand{BackupToolCommand::Create{std::move(paths->packagePath), std::move(paths->sourcePath),
-                                                     tokens->backupPassphrase, tokens->newRecoveryKey, inputOf(*tokens)}};
+                                                     tokens->backupPassphrase, tokens->newRecoveryKey,
+                                                     inputOf(*tokens)}};
 }
 
 std::expected<BackupToolCommand, BackupToolError> parseAdd(Arguments rest) {

@@ -9,10 +9,10 @@
 #include "backuptool/BackupToolReport.hpp"
 #include "backuptool/BackupToolSnapshot.hpp"
 #include "backuptool/BackupToolWriterFailure.hpp"
+#include "platform/ScopeGuard.hpp"
+#include "platform/SecureMemory.hpp"
 #include "writer/BackupPackageWriter.hpp"
 #include "writer/BackupRecoveryKey.hpp"
-#include "platform/SecureMemory.hpp"
-#include "platform/ScopeGuard.hpp"
 
 namespace galdrine::backuptool {
 
@@ -41,8 +41,8 @@ struct NewCredentials {
   }
 };
 
-std::expected<void, BackupToolError> obtain(const BackupToolCommand::Create& command, BackupToolCredentialReading& reader,
-                                            NewCredentials& credentials) {
+std::expected<void, BackupToolError> obtain(const BackupToolCommand::Create& command,
+                                            BackupToolCredentialReading& reader, NewCredentials& credentials) {
   if (command.backupPassphrase) {
     auto passphrase = BackupToolCredentials::readNewBackupPassphrase(reader, command.credentialInput);
     if (!passphrase) return std::unexpected(passphrase.error());
@@ -58,7 +58,8 @@ std::expected<void, BackupToolError> obtain(const BackupToolCommand::Create& com
 
 // buildAndPublish writes the whole package under `stagingPath` and moves it to its path; the
 // staged package is removed on every failure after it came to exist.
-std::expected<BackupToolCounts, BackupToolError> buildAndPublish(const fs::path& stagingPath, const fs::path& packagePath,
+std::expected<BackupToolCounts, BackupToolError> buildAndPublish(const fs::path& stagingPath,
+                                                                 const fs::path& packagePath,
                                                                  const BackupSource& source,
                                                                  const NewCredentials& credentials) {
   auto writer = writer::BackupPackageWriter::create(stagingPath, credentials.forWriter());
@@ -79,7 +80,8 @@ std::expected<BackupToolCounts, BackupToolError> buildAndPublish(const fs::path&
 
 }  // namespace
 
-std::expected<Bytes, BackupToolError> run(const BackupToolCommand::Create& command, BackupToolCredentialReading& reader) {
+std::expected<Bytes, BackupToolError> run(const BackupToolCommand::Create& command,
+                                          BackupToolCredentialReading& reader) {
   if (auto location = BackupPackagePublication::checkNewPackageLocation(command.packagePath); !location) {
     return std::unexpected(location.error());
   }

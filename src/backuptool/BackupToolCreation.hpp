@@ -23,7 +23,7 @@ namespace galdrine::backuptool {
 namespace BackupToolCreation {
 
 [[nodiscard]] std::expected<Bytes, BackupToolError> run(const BackupToolCommand::Create& command,
-                                                       BackupToolCredentialReading& reader);
+                                                        BackupToolCredentialReading& reader);
 
 }  // namespace BackupToolCreation
 

@@ -3,10 +3,10 @@
 #include <utility>
 
 #include "credential/BoundedCredentialRead.hpp"
-#include "platform/SecureMemory.hpp"
+#include "envelope/BackupPassphrasePolicy.hpp"
 #include "platform/ConstantTime.hpp"
 #include "platform/ScopeGuard.hpp"
-#include "envelope/BackupPassphrasePolicy.hpp"
+#include "platform/SecureMemory.hpp"
 
 namespace galdrine::backuptool {
 
@@ -29,7 +29,8 @@ std::expected<void, BackupToolError> confirm(BackupToolCredentialReading& reader
   auto repeated = reader.readRepeatedPassphrase(credential::BoundedCredentialRead::maximumByteCount);
   if (!repeated) return std::unexpected(BackupToolError::credentialUnavailable);
   ScopeGuard wipeRepeated{[&] { platform::SecureMemory::wipe(*repeated); }};
-  if (!platform::ConstantTime::equal(passphrase, *repeated)) return std::unexpected(BackupToolError::passphraseMismatch);
+  if (!platform::ConstantTime::equal(passphrase, *repeated))
+    return std::unexpected(BackupToolError::passphraseMismatch);
   return {};
 }
 
@@ -39,7 +40,8 @@ std::expected<Bytes, BackupToolError> readNewBackupPassphrase(BackupToolCredenti
   auto passphrase = read(reader, Factor::backupPassphrase, input);
   if (!passphrase) return std::unexpected(passphrase.error());
   ScopeGuard wipeOnFailure{[&] { platform::SecureMemory::wipe(*passphrase); }};
-  if (!envelope::BackupPassphrasePolicy::accepts(*passphrase)) return std::unexpected(BackupToolError::passphraseTooWeak);
+  if (!envelope::BackupPassphrasePolicy::accepts(*passphrase))
+    return std::unexpected(BackupToolError::passphraseTooWeak);
   if (input == Input::hiddenTerminal) {
     if (auto confirmed = confirm(reader, *passphrase); !confirmed) return std::unexpected(confirmed.error());
   }
@@ -52,7 +54,7 @@ std::expected<Bytes, BackupToolError> readBackupPassphrase(BackupToolCredentialR
 }
 
 std::expected<writer::BackupRecoveryKey, BackupToolError> readRecoveryKey(BackupToolCredentialReading& reader,
-                                                                           Input input) {
+                                                                          Input input) {
   auto words = read(reader, Factor::recoveryKey, input);
   if (!words) return std::unexpected(words.error());
   ScopeGuard wipeWords{[&] { platform::SecureMemory::wipe(*words); }};

@@ -20,12 +20,12 @@ namespace BackupToolCredentials {
 // only, a second entry (a failed reading credentialUnavailable), which must equal the first
 // (passphraseMismatch). A redirected standard input is read once.
 [[nodiscard]] std::expected<Bytes, BackupToolError> readNewBackupPassphrase(BackupToolCredentialReading& reader,
-                                                                           credential::CredentialInput input);
+                                                                            credential::CredentialInput input);
 
 // readBackupPassphrase reads the passphrase of an existing package, once and without the policy,
 // which never judges a passphrase already set.
 [[nodiscard]] std::expected<Bytes, BackupToolError> readBackupPassphrase(BackupToolCredentialReading& reader,
-                                                                        credential::CredentialInput input);
+                                                                         credential::CredentialInput input);
 
 // readRecoveryKey reads the 24 words and turns them into the key; words that do not make a key
 // (count, an unknown word, the checksum, text that is not UTF-8) are invalidCredential.

@@ -32,7 +32,8 @@ std::string addedLine(const BackupToolCounts& counts) {
 Bytes withRecoveryKey(std::string_view phrase, std::string_view summary) {
   Bytes output;
   output.reserve(recoveryKeyOpening.size() + phrase.size() + 1 + recoveryKeyClosing.size() + summary.size());
-  for (const std::string_view part : {recoveryKeyOpening, phrase, std::string_view("\n"), recoveryKeyClosing, summary}) {
+  for (const std::string_view part :
+       {recoveryKeyOpening, phrase, std::string_view("\n"), recoveryKeyClosing, summary}) {
     output.insert(output.end(), part.begin(), part.end());
   }
   return output;

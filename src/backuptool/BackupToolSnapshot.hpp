@@ -23,7 +23,7 @@ namespace BackupToolSnapshot {
 // canonical tip, publishing a head (the writer's failures as BackupToolWriterFailure names them
 // while committing; a failed derivation is operationFailed). It gives what the run reports.
 [[nodiscard]] std::expected<BackupToolCounts, BackupToolError> write(writer::BackupPackageWriter& writer,
-                                                                    const BackupSource& source);
+                                                                     const BackupSource& source);
 
 }  // namespace BackupToolSnapshot
 

@@ -17,16 +17,22 @@ BackupToolError writerError(WriterError error) {
     case WriterError::invalidLayout:
     case WriterError::randomSourceFailed:
     case WriterError::nothingToHeal:
-    case WriterError::summaryMismatch: return BackupToolError::operationFailed;
-    case WriterError::credentialFactorUnavailable: return BackupToolError::unlockFailed;
+    case WriterError::summaryMismatch:
+      return BackupToolError::operationFailed;
+    case WriterError::credentialFactorUnavailable:
+      return BackupToolError::unlockFailed;
     case WriterError::unreadablePackage:
     case WriterError::unknownCommit:
-    case WriterError::invalidLineage: return BackupToolError::invalidPackage;
-    case WriterError::readOnlyFork: return BackupToolError::packageForked;
+    case WriterError::invalidLineage:
+      return BackupToolError::invalidPackage;
+    case WriterError::readOnlyFork:
+      return BackupToolError::packageForked;
     case WriterError::contentUnavailable:
-    case WriterError::contentChanged: return BackupToolError::sourceChanged;
+    case WriterError::contentChanged:
+      return BackupToolError::sourceChanged;
     case WriterError::resourceTooLarge:
-    case WriterError::manifestTooLarge: return BackupToolError::sourceTooLarge;
+    case WriterError::manifestTooLarge:
+      return BackupToolError::sourceTooLarge;
   }
   std::unreachable();
 }

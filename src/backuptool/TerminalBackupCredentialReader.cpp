@@ -7,8 +7,7 @@
 namespace galdrine::backuptool {
 
 std::expected<Bytes, credential::CredentialReadingFailure> TerminalBackupCredentialReader::read(
-    envelope::PortableKeyFactorV1 factor, credential::CredentialInput input,
-    std::int64_t maximumByteCount) {
+    envelope::PortableKeyFactorV1 factor, credential::CredentialInput input, std::int64_t maximumByteCount) {
   credential::TerminalCredentialReader reader;
   return reader.read(factor, input, maximumByteCount);
 }

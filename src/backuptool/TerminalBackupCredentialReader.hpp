@@ -13,9 +13,9 @@ class TerminalBackupCredentialReader final : public BackupToolCredentialReading 
  public:
   static constexpr std::string_view repeatedPassphrasePrompt = "Repeat Backup Passphrase: ";
 
-  [[nodiscard]] std::expected<Bytes, credential::CredentialReadingFailure> read(
-      envelope::PortableKeyFactorV1 factor, credential::CredentialInput input,
-      std::int64_t maximumByteCount) override;
+  [[nodiscard]] std::expected<Bytes, credential::CredentialReadingFailure> read(envelope::PortableKeyFactorV1 factor,
+                                                                                credential::CredentialInput input,
+                                                                                std::int64_t maximumByteCount) override;
   [[nodiscard]] std::expected<Bytes, credential::CredentialReadingFailure> readRepeatedPassphrase(
       std::int64_t maximumByteCount) override;
 };

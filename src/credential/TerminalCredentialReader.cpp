@@ -1,7 +1,8 @@
 #include "credential/TerminalCredentialReader.hpp"
 
-#include <bsd/readpassphrase.h>
 #include <unistd.h>
+
+#include <bsd/readpassphrase.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -9,8 +10,8 @@
 #include <string>
 #include <utility>
 
-#include "platform/SecureMemory.hpp"
 #include "platform/ScopeGuard.hpp"
+#include "platform/SecureMemory.hpp"
 
 namespace galdrine::credential {
 
@@ -43,20 +44,24 @@ std::expected<std::size_t, TerminalCredentialError> readSome(int descriptor, std
 
 std::string_view prompt(envelope::PortableKeyFactorV1 factor) {
   switch (factor) {
-    case envelope::PortableKeyFactorV1::backupPassphrase: return "Backup Passphrase: ";
-    case envelope::PortableKeyFactorV1::recoveryKey: return "24-word Recovery Key: ";
+    case envelope::PortableKeyFactorV1::backupPassphrase:
+      return "Backup Passphrase: ";
+    case envelope::PortableKeyFactorV1::recoveryKey:
+      return "24-word Recovery Key: ";
   }
   std::unreachable();
 }
 
-std::expected<Bytes, TerminalCredentialError> readHiddenPrompt(std::string_view promptText, std::int64_t maximumByteCount) {
+std::expected<Bytes, TerminalCredentialError> readHiddenPrompt(std::string_view promptText,
+                                                               std::int64_t maximumByteCount) {
   if (maximumByteCount < 0) return std::unexpected(TerminalCredentialError::unavailable);
   Bytes buffer = sizedOnce(static_cast<std::size_t>(maximumByteCount) + 1);
   ScopeGuard wipeBuffer{[&] { platform::SecureMemory::wipe(buffer); }};
   const std::string terminatedPrompt(promptText);
   // RPP_REQUIRE_TTY: the entry comes from the controlling terminal only, never from a
   // redirected standard input, and without a terminal there is no entry at all.
-  if (::readpassphrase(terminatedPrompt.c_str(), reinterpret_cast<char*>(buffer.data()), buffer.size(), RPP_REQUIRE_TTY) == nullptr) {
+  if (::readpassphrase(terminatedPrompt.c_str(), reinterpret_cast<char*>(buffer.data()), buffer.size(),
+                       RPP_REQUIRE_TTY) == nullptr) {
     return std::unexpected(TerminalCredentialError::unavailable);
   }
   const auto end = std::ranges::find(buffer, std::uint8_t{0});
@@ -86,11 +91,12 @@ std::expected<Bytes, TerminalCredentialError> readRedirected(int descriptor, std
 }  // namespace TerminalCredentialInput
 
 std::expected<Bytes, CredentialReadingFailure> TerminalCredentialReader::read(envelope::PortableKeyFactorV1 factor,
-                                                                           CredentialInput input,
-                                                                           std::int64_t maximumByteCount) {
-  auto credential = input == CredentialInput::standardInput
-                        ? TerminalCredentialInput::readRedirected(STDIN_FILENO, maximumByteCount)
-                        : TerminalCredentialInput::readHiddenPrompt(TerminalCredentialInput::prompt(factor), maximumByteCount);
+                                                                              CredentialInput input,
+                                                                              std::int64_t maximumByteCount) {
+  auto credential =
+      input == CredentialInput::standardInput
+          ? TerminalCredentialInput::readRedirected(STDIN_FILENO, maximumByteCount)
+          : TerminalCredentialInput::readHiddenPrompt(TerminalCredentialInput::prompt(factor), maximumByteCount);
   if (!credential) return std::unexpected(CredentialReadingFailure{});
   return std::move(*credential);
 }

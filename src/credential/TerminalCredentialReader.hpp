@@ -48,7 +48,8 @@ inline constexpr std::size_t redirectedChunkByteCount = 4096;
 // fails with unavailable (it never falls back to a prompt), a failed read with unavailable,
 // and more than maximumByteCount bytes, counted before the line ending is removed, with
 // tooLarge. One final "\n" or "\r\n" is removed; an empty result is no failure here.
-[[nodiscard]] std::expected<Bytes, TerminalCredentialError> readRedirected(int descriptor, std::int64_t maximumByteCount);
+[[nodiscard]] std::expected<Bytes, TerminalCredentialError> readRedirected(int descriptor,
+                                                                           std::int64_t maximumByteCount);
 
 }  // namespace TerminalCredentialInput
 

@@ -7,8 +7,8 @@
 
 namespace galdrine::envelope {
 
-std::expected<BackupKeyEnvelopeEntryV1, BackupKeyEnvelopeSetV1Failure> BackupKeyEnvelopeEntryV1::make(
-    ByteView envelope, bool isActive) {
+std::expected<BackupKeyEnvelopeEntryV1, BackupKeyEnvelopeSetV1Failure> BackupKeyEnvelopeEntryV1::make(ByteView envelope,
+                                                                                                      bool isActive) {
   if (envelope.empty() || std::cmp_greater(envelope.size(), BackupKeyEnvelopeSetV1::maximumEnvelopeByteCount))
     return std::unexpected(BackupKeyEnvelopeSetV1Error::envelopeTooLarge());
   auto metadata = PortableKeyEnvelopeV1::metadata(envelope);

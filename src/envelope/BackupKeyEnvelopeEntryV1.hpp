@@ -6,9 +6,9 @@
 #include <expected>
 #include <utility>
 
-#include "platform/Bytes.hpp"
 #include "envelope/BackupKeyEnvelopeSetV1Error.hpp"
 #include "envelope/PortableKeyEnvelopeMetadataV1.hpp"
+#include "platform/Bytes.hpp"
 
 namespace galdrine::envelope {
 
@@ -16,8 +16,8 @@ class BackupKeyEnvelopeEntryV1 {
  public:
   // make refuses an empty envelope or one over 2048 bytes (envelopeTooLarge), then reads its
   // metadata expecting no particular factor; a failure of that reading is passed on unchanged.
-  [[nodiscard]] static std::expected<BackupKeyEnvelopeEntryV1, BackupKeyEnvelopeSetV1Failure> make(
-      ByteView envelope, bool isActive);
+  [[nodiscard]] static std::expected<BackupKeyEnvelopeEntryV1, BackupKeyEnvelopeSetV1Failure> make(ByteView envelope,
+                                                                                                   bool isActive);
 
   [[nodiscard]] const Bytes& envelope() const { return envelope_; }
   [[nodiscard]] bool isActive() const { return isActive_; }

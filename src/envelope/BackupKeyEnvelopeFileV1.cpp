@@ -39,19 +39,21 @@ constexpr std::string_view tmpDirectoryName = "tmp";
 [[nodiscard]] std::unexpected<Error> refuse(Error error) { return std::unexpected(error); }
 
 [[nodiscard]] bool somethingStandsAt(const fs::path& path) {
-  struct stat status{};
+  struct stat status {};
   return ::lstat(path.c_str(), &status) == 0;
 }
 
 [[nodiscard]] bool stopsAt(const FaultHook& faultHook, FaultPoint point) { return faultHook && faultHook(point); }
 
 // readBoundSet reads a set file and binds it to the package named by `header`.
-[[nodiscard]] std::expected<FileRead, Failure> readBoundSet(const fs::path& path, const format::BackupFormatHeaderV1& header) {
+[[nodiscard]] std::expected<FileRead, Failure> readBoundSet(const fs::path& path,
+                                                            const format::BackupFormatHeaderV1& header) {
   const auto bytes = BackupKeyEnvelopeFileV1::readBoundedRegularFile(path);
   if (!bytes) return std::unexpected(Failure(bytes.error()));
   auto set = Set::decode(*bytes);
   if (!set) return std::unexpected(Failure(set.error()));
-  if (set->packageIdentifier() != header.packageIdentifier()) return std::unexpected(Failure(Error::packageBindingMismatch));
+  if (set->packageIdentifier() != header.packageIdentifier())
+    return std::unexpected(Failure(Error::packageBindingMismatch));
   return FileRead{std::move(*set), digestBytes(*bytes)};
 }
 
@@ -76,7 +78,8 @@ constexpr std::string_view tmpDirectoryName = "tmp";
 
 // checkExpectedCurrent: no file and no digest passes; a file with a digest passes if its bytes
 // still have that digest; a file where none was expected, or none where one was, is stale.
-[[nodiscard]] std::expected<void, Error> checkExpectedCurrent(const Package& package, std::optional<ByteView> expected) {
+[[nodiscard]] std::expected<void, Error> checkExpectedCurrent(const Package& package,
+                                                              std::optional<ByteView> expected) {
   const fs::path finalPath = finalPathOf(package);
   const bool fileExists = somethingStandsAt(finalPath);
   if (!fileExists && !expected) return {};
@@ -93,7 +96,8 @@ constexpr std::string_view tmpDirectoryName = "tmp";
     return refuse(Error::invalidExpectedDigest);
   auto fresh = reopenBound(package);
   if (!fresh) return refuse(beforeRename(fresh.error()));
-  if (envelopeSet.packageIdentifier() != fresh->header().packageIdentifier()) return refuse(Error::packageBindingMismatch);
+  if (envelopeSet.packageIdentifier() != fresh->header().packageIdentifier())
+    return refuse(Error::packageBindingMismatch);
   if (auto current = checkExpectedCurrent(*fresh, replacing); !current) return std::unexpected(current.error());
   return std::move(*fresh);
 }
@@ -162,7 +166,8 @@ class StagedFile {
 [[nodiscard]] std::expected<void, Error> stage(StagedFile& staged, const fs::path& tmp, ByteView encoded,
                                                const Set& envelopeSet, const FaultHook& faultHook) {
   if (somethingStandsAt(staged.path())) return refuse(Error::publicationFailed);
-  if (!staged.create(encoded) || stopsAt(faultHook, FaultPoint::afterStagingWrite)) return refuse(Error::publicationFailed);
+  if (!staged.create(encoded) || stopsAt(faultHook, FaultPoint::afterStagingWrite))
+    return refuse(Error::publicationFailed);
   if (!staged.synchronize() || !synchronizeDirectory(tmp) || stopsAt(faultHook, FaultPoint::afterStagingSync))
     return refuse(Error::publicationFailed);
   if (!matchesWritten(staged.path(), encoded, envelopeSet) || stopsAt(faultHook, FaultPoint::afterStagingVerification))
@@ -172,8 +177,9 @@ class StagedFile {
 
 // confirm runs after the rename: every failure here is publicationOutcomeUnknown, since the new
 // file may already stand.
-[[nodiscard]] std::expected<FileRead, Error> confirm(const Package& package, const fs::path& tmp, const Set& envelopeSet,
-                                                     ByteView encodedSHA256, const FaultHook& faultHook) {
+[[nodiscard]] std::expected<FileRead, Error> confirm(const Package& package, const fs::path& tmp,
+                                                     const Set& envelopeSet, ByteView encodedSHA256,
+                                                     const FaultHook& faultHook) {
   if (stopsAt(faultHook, FaultPoint::afterFinalRename) || !synchronizeDirectory(tmp) ||
       !synchronizeDirectory(package.packagePath()) || stopsAt(faultHook, FaultPoint::afterDirectorySync))
     return refuse(Error::publicationOutcomeUnknown);

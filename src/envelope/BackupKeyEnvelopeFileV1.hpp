@@ -14,9 +14,9 @@
 #include <string_view>
 #include <variant>
 
+#include "envelope/BackupKeyEnvelopeSetV1.hpp"
 #include "format/package/BackupPackageV1.hpp"
 #include "platform/Bytes.hpp"
-#include "envelope/BackupKeyEnvelopeSetV1.hpp"
 
 namespace galdrine::envelope {
 

@@ -4,8 +4,8 @@
 #include <string>
 #include <utility>
 
-#include "format/header/BackupFormatV1.hpp"
 #include "format/cbor/DeterministicCBOR.hpp"
+#include "format/header/BackupFormatV1.hpp"
 
 namespace galdrine::envelope {
 
@@ -57,7 +57,8 @@ enum EntryKey : std::uint64_t { envelopeKey = 0, isActiveKey = 1 };
   if (activeCount == 0) return std::unexpected(Error::missingActiveEnvelope(factor));
   if (activeCount > 1) return std::unexpected(Error::multipleActiveEnvelopes(factor));
   const Bytes& keySlot = entries.front()->metadata().keySlotIdentifier();
-  if (!std::ranges::all_of(entries, [&](const Entry* entry) { return entry->metadata().keySlotIdentifier() == keySlot; }))
+  if (!std::ranges::all_of(entries,
+                           [&](const Entry* entry) { return entry->metadata().keySlotIdentifier() == keySlot; }))
     return std::unexpected(Error::mixedKeySlots());
   if (std::ranges::find(usedKeySlots, keySlot) != usedKeySlots.end()) return std::unexpected(Error::sharedKeySlot());
   usedKeySlots.push_back(keySlot);
@@ -99,7 +100,8 @@ enum EntryKey : std::uint64_t { envelopeKey = 0, isActiveKey = 1 };
 }
 
 [[nodiscard]] std::expected<void, Error> requireFixedFields(const Value& map) {
-  if (auto schema = requireText(map, schemaKey, Set::schemaIdentifier, Error::unsupportedSchema()); !schema) return schema;
+  if (auto schema = requireText(map, schemaKey, Set::schemaIdentifier, Error::unsupportedSchema()); !schema)
+    return schema;
   const std::optional<std::uint64_t> version = map.find(versionKey)->asUnsigned();
   if (!version) return std::unexpected(Error::invalidFieldType(versionKey));
   if (*version != Set::schemaVersion) return std::unexpected(Error::unsupportedVersion());
@@ -150,7 +152,7 @@ bool BackupKeyEnvelopeSetV1::entryPrecedes(const Entry& left, const Entry& right
 }
 
 std::expected<Set, Error> BackupKeyEnvelopeSetV1::make(ByteView packageIdentifier, ByteView libraryDomainIdentifier,
-                                                               std::vector<Entry> entries) {
+                                                       std::vector<Entry> entries) {
   if (!isIdentifier(packageIdentifier)) return std::unexpected(Error::invalidPackageIdentifier());
   if (!isIdentifier(libraryDomainIdentifier)) return std::unexpected(Error::invalidLibraryDomainIdentifier());
   if (entries.empty() || std::ssize(entries) > maximumEntryCount) return std::unexpected(Error::invalidEntryCount());
@@ -184,8 +186,8 @@ std::expected<Bytes, format::CBORError> BackupKeyEnvelopeSetV1::encoded() const 
   Value::Array entries;
   entries.reserve(entries_.size());
   for (const Entry& entry : entries_) {
-    entries.push_back(Value::map({{envelopeKey, Value::byteString(entry.envelope())},
-                                  {isActiveKey, Value::boolean(entry.isActive())}}));
+    entries.push_back(Value::map(
+        {{envelopeKey, Value::byteString(entry.envelope())}, {isActiveKey, Value::boolean(entry.isActive())}}));
   }
   const Value::Map fields{
       {schemaKey, text(schemaIdentifier)},

@@ -11,12 +11,12 @@
 #include <string_view>
 #include <vector>
 
-#include "format/cbor/CBORError.hpp"
-#include "format/cbor/CBORLimits.hpp"
-#include "platform/Bytes.hpp"
 #include "envelope/BackupKeyEnvelopeEntryV1.hpp"
 #include "envelope/BackupKeyEnvelopeSetV1Error.hpp"
 #include "envelope/PortableKeyFactorV1.hpp"
+#include "format/cbor/CBORError.hpp"
+#include "format/cbor/CBORLimits.hpp"
+#include "platform/Bytes.hpp"
 
 namespace galdrine::envelope {
 
@@ -61,8 +61,7 @@ class BackupKeyEnvelopeSetV1 {
   // (invalidFieldType(3), invalidFieldType(4)); make; and last, the re-encoding must equal the
   // input byte for byte (nonCanonicalEncoding), which refuses entries out of canonical order.
   // Nothing of a refused input is kept.
-  [[nodiscard]] static std::expected<BackupKeyEnvelopeSetV1, BackupKeyEnvelopeSetV1Failure> decode(
-      ByteView bytes);
+  [[nodiscard]] static std::expected<BackupKeyEnvelopeSetV1, BackupKeyEnvelopeSetV1Failure> decode(ByteView bytes);
 
   // encoded gives the map {0: schema, 1: 1, 2: format identifier, 3: package, 4: library
   // domain, 5: [{0: envelope, 1: isActive}, ...]}; a codec failure is passed on.
@@ -70,8 +69,7 @@ class BackupKeyEnvelopeSetV1 {
 
   // entryPrecedes is the canonical order: factor text, then generation, then artifact
   // identifier in the system's byte order.
-  [[nodiscard]] static bool entryPrecedes(const BackupKeyEnvelopeEntryV1& left,
-                                          const BackupKeyEnvelopeEntryV1& right);
+  [[nodiscard]] static bool entryPrecedes(const BackupKeyEnvelopeEntryV1& left, const BackupKeyEnvelopeEntryV1& right);
 
   [[nodiscard]] const Bytes& packageIdentifier() const { return packageIdentifier_; }
   [[nodiscard]] const Bytes& libraryDomainIdentifier() const { return libraryDomainIdentifier_; }
@@ -86,7 +84,7 @@ class BackupKeyEnvelopeSetV1 {
 
  private:
   BackupKeyEnvelopeSetV1(Bytes packageIdentifier, Bytes libraryDomainIdentifier,
-                                 std::vector<BackupKeyEnvelopeEntryV1> entries)
+                         std::vector<BackupKeyEnvelopeEntryV1> entries)
       : packageIdentifier_(std::move(packageIdentifier)),
         libraryDomainIdentifier_(std::move(libraryDomainIdentifier)),
         entries_(std::move(entries)) {}

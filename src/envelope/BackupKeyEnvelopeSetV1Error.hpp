@@ -13,9 +13,9 @@ namespace galdrine::envelope {
 
 struct BackupKeyEnvelopeSetV1Error {
   enum class Code : std::uint8_t {
-    invalidFieldType,          // payload: key
-    missingActiveEnvelope,     // payload: factor
-    multipleActiveEnvelopes,   // payload: factor
+    invalidFieldType,         // payload: key
+    missingActiveEnvelope,    // payload: factor
+    multipleActiveEnvelopes,  // payload: factor
     invalidPackageIdentifier,
     invalidLibraryDomainIdentifier,
     invalidEntryCount,
@@ -37,7 +37,9 @@ struct BackupKeyEnvelopeSetV1Error {
   // backupPassphrase for every case but the two that name a factor
   PortableKeyFactorV1 factor = PortableKeyFactorV1::backupPassphrase;
 
-  static constexpr BackupKeyEnvelopeSetV1Error invalidFieldType(std::uint64_t key) { return {.code = Code::invalidFieldType, .key = key}; }
+  static constexpr BackupKeyEnvelopeSetV1Error invalidFieldType(std::uint64_t key) {
+    return {.code = Code::invalidFieldType, .key = key};
+  }
   static constexpr BackupKeyEnvelopeSetV1Error missingActiveEnvelope(PortableKeyFactorV1 factor) {
     return {.code = Code::missingActiveEnvelope, .factor = factor};
   }
@@ -45,7 +47,9 @@ struct BackupKeyEnvelopeSetV1Error {
     return {.code = Code::multipleActiveEnvelopes, .factor = factor};
   }
   static constexpr BackupKeyEnvelopeSetV1Error invalidPackageIdentifier() { return {Code::invalidPackageIdentifier}; }
-  static constexpr BackupKeyEnvelopeSetV1Error invalidLibraryDomainIdentifier() { return {Code::invalidLibraryDomainIdentifier}; }
+  static constexpr BackupKeyEnvelopeSetV1Error invalidLibraryDomainIdentifier() {
+    return {Code::invalidLibraryDomainIdentifier};
+  }
   static constexpr BackupKeyEnvelopeSetV1Error invalidEntryCount() { return {Code::invalidEntryCount}; }
   static constexpr BackupKeyEnvelopeSetV1Error envelopeTooLarge() { return {Code::envelopeTooLarge}; }
   static constexpr BackupKeyEnvelopeSetV1Error malformedSet() { return {Code::malformedSet}; }
@@ -53,7 +57,9 @@ struct BackupKeyEnvelopeSetV1Error {
   static constexpr BackupKeyEnvelopeSetV1Error unsupportedSchema() { return {Code::unsupportedSchema}; }
   static constexpr BackupKeyEnvelopeSetV1Error unsupportedVersion() { return {Code::unsupportedVersion}; }
   static constexpr BackupKeyEnvelopeSetV1Error unsupportedFormat() { return {Code::unsupportedFormat}; }
-  static constexpr BackupKeyEnvelopeSetV1Error duplicateArtifactIdentifier() { return {Code::duplicateArtifactIdentifier}; }
+  static constexpr BackupKeyEnvelopeSetV1Error duplicateArtifactIdentifier() {
+    return {Code::duplicateArtifactIdentifier};
+  }
   static constexpr BackupKeyEnvelopeSetV1Error duplicateGeneration() { return {Code::duplicateGeneration}; }
   static constexpr BackupKeyEnvelopeSetV1Error mixedKeySlots() { return {Code::mixedKeySlots}; }
   static constexpr BackupKeyEnvelopeSetV1Error sharedKeySlot() { return {Code::sharedKeySlot}; }

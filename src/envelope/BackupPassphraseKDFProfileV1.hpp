@@ -4,10 +4,10 @@
 // same bounds; no profile outside them can exist. Its document form is the JSON object
 // {"operationsLimit": n, "memoryLimitBytes": n}, decoded through the same bounds.
 
+#include <nlohmann/json_fwd.hpp>
+
 #include <cstdint>
 #include <expected>
-
-#include <nlohmann/json_fwd.hpp>
 
 #include "kdf/Argon2idError.hpp"
 #include "kdf/Argon2idParameters.hpp"

@@ -9,8 +9,7 @@ namespace BackupPassphrasePolicy {
 
 bool accepts(ByteView passphrase) {
   if (!platform::UTF8::isValid(passphrase)) return false;
-  return kdf::PassphraseCreationPolicy::accepts(ByteText::text(passphrase), minimumCharacterCount,
-                                                   minimumWordCount);
+  return kdf::PassphraseCreationPolicy::accepts(ByteText::text(passphrase), minimumCharacterCount, minimumWordCount);
 }
 
 }  // namespace BackupPassphrasePolicy

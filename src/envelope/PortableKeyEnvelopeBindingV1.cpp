@@ -2,10 +2,10 @@
 
 #include <string>
 
-#include "format/sealing/BackupAuthenticatedDataV1.hpp"
-#include "format/cbor/DeterministicCBOR.hpp"
-#include "platform/SHA256.hpp"
 #include "envelope/PortableKeyEnvelopeV1.hpp"
+#include "format/cbor/DeterministicCBOR.hpp"
+#include "format/sealing/BackupAuthenticatedDataV1.hpp"
+#include "platform/SHA256.hpp"
 
 namespace galdrine::envelope {
 
@@ -26,7 +26,8 @@ namespace EnvelopeV1 = PortableKeyEnvelopeV1;
 [[nodiscard]] Value text(std::string_view value) { return Value::textString(std::string(value)); }
 
 [[nodiscard]] std::optional<Bytes> encodedArray(Value::Array items) {
-  auto encoded = format::DeterministicCBOR::encode(Value::array(std::move(items)), format::CBORLimits::authenticatedData());
+  auto encoded =
+      format::DeterministicCBOR::encode(Value::array(std::move(items)), format::CBORLimits::authenticatedData());
   if (!encoded) return std::nullopt;
   return std::move(*encoded);
 }
@@ -39,8 +40,10 @@ namespace EnvelopeV1 = PortableKeyEnvelopeV1;
 
 [[nodiscard]] format::BackupAADDomainV1 domainOf(PortableKeyFactorV1 factor) {
   switch (factor) {
-    case PortableKeyFactorV1::backupPassphrase: return format::BackupAADDomainV1::bpmkPassphraseEnvelope;
-    case PortableKeyFactorV1::recoveryKey: return format::BackupAADDomainV1::bpmkRecoveryEnvelope;
+    case PortableKeyFactorV1::backupPassphrase:
+      return format::BackupAADDomainV1::bpmkPassphraseEnvelope;
+    case PortableKeyFactorV1::recoveryKey:
+      return format::BackupAADDomainV1::bpmkRecoveryEnvelope;
   }
   std::unreachable();
 }

@@ -10,9 +10,9 @@
 
 #include <optional>
 
-#include "platform/Bytes.hpp"
 #include "envelope/PortableKeyEnvelopeContextV1.hpp"
 #include "envelope/PortableKeyEnvelopeMetadataV1.hpp"
+#include "platform/Bytes.hpp"
 
 namespace galdrine::envelope {
 

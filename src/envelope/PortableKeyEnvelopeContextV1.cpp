@@ -22,9 +22,10 @@ std::expected<PortableKeyEnvelopeContextV1, Error> PortableKeyEnvelopeContextV1:
   if (!isIdentifier(libraryDomainIdentifier)) return std::unexpected(Error::invalidLibraryDomainIdentifier());
   if (!isIdentifier(artifactIdentifier)) return std::unexpected(Error::invalidArtifactIdentifier());
   if (!isIdentifier(keySlotIdentifier)) return std::unexpected(Error::invalidKeySlotIdentifier());
-  return PortableKeyEnvelopeContextV1(std::move(header), Bytes(libraryDomainIdentifier.begin(), libraryDomainIdentifier.end()),
-                                              Bytes(artifactIdentifier.begin(), artifactIdentifier.end()),
-                                              Bytes(keySlotIdentifier.begin(), keySlotIdentifier.end()), generation);
+  return PortableKeyEnvelopeContextV1(std::move(header),
+                                      Bytes(libraryDomainIdentifier.begin(), libraryDomainIdentifier.end()),
+                                      Bytes(artifactIdentifier.begin(), artifactIdentifier.end()),
+                                      Bytes(keySlotIdentifier.begin(), keySlotIdentifier.end()), generation);
 }
 
 }  // namespace galdrine::envelope

@@ -8,9 +8,9 @@
 #include <cstdint>
 #include <expected>
 
+#include "envelope/PortableKeyEnvelopeV1Error.hpp"
 #include "format/header/BackupFormatHeaderV1.hpp"
 #include "platform/Bytes.hpp"
-#include "envelope/PortableKeyEnvelopeV1Error.hpp"
 
 namespace galdrine::envelope {
 
@@ -33,7 +33,7 @@ class PortableKeyEnvelopeContextV1 {
 
  private:
   PortableKeyEnvelopeContextV1(format::BackupFormatHeaderV1 header, Bytes libraryDomainIdentifier,
-                                       Bytes artifactIdentifier, Bytes keySlotIdentifier, std::uint64_t generation)
+                               Bytes artifactIdentifier, Bytes keySlotIdentifier, std::uint64_t generation)
       : header_(std::move(header)),
         libraryDomainIdentifier_(std::move(libraryDomainIdentifier)),
         artifactIdentifier_(std::move(artifactIdentifier)),

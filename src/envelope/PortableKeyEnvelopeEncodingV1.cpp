@@ -3,8 +3,8 @@
 #include <limits>
 #include <string>
 
-#include "format/cbor/DeterministicCBOR.hpp"
 #include "envelope/PortableKeyEnvelopeV1.hpp"
+#include "format/cbor/DeterministicCBOR.hpp"
 
 namespace galdrine::envelope {
 
@@ -63,8 +63,8 @@ enum EnvelopeKey : std::uint64_t {
   return {};
 }
 
-[[nodiscard]] std::expected<PortableKeyFactorV1, Error> readFactor(
-    const Value& map, std::optional<PortableKeyFactorV1> expectedFactor) {
+[[nodiscard]] std::expected<PortableKeyFactorV1, Error> readFactor(const Value& map,
+                                                                   std::optional<PortableKeyFactorV1> expectedFactor) {
   const auto text = textField(map, factorKey);
   if (!text) return std::unexpected(text.error());
   const auto factor = fromRawValue<PortableKeyFactorV1>(**text);
@@ -108,7 +108,8 @@ enum EnvelopeKey : std::uint64_t {
   if (!keySlot) return std::unexpected(keySlot.error());
   const auto generation = unsignedField(map, generationKey);
   if (!generation) return std::unexpected(generation.error());
-  return Metadata::make(*factor, *derivation, **salt, *operationsLimit, *memoryLimit, **artifact, **keySlot, *generation);
+  return Metadata::make(*factor, *derivation, **salt, *operationsLimit, *memoryLimit, **artifact, **keySlot,
+                        *generation);
 }
 
 [[nodiscard]] Value text(std::string_view value) { return Value::textString(std::string(value)); }

@@ -5,10 +5,10 @@
 #include <expected>
 #include <optional>
 
-#include "platform/Bytes.hpp"
 #include "envelope/PortableKeyEnvelopeMetadataV1.hpp"
 #include "envelope/PortableKeyEnvelopeV1Error.hpp"
 #include "envelope/PortableKeyFactorV1.hpp"
+#include "platform/Bytes.hpp"
 
 namespace galdrine::envelope {
 
@@ -27,8 +27,8 @@ struct ReadEnvelope {
 
 // encode writes the twelve-entry map under the envelope's limits; a refusal of the codec is
 // malformedEnvelope.
-[[nodiscard]] std::expected<Bytes, PortableKeyEnvelopeV1Error> encode(
-    const PortableKeyEnvelopeMetadataV1& metadata, ByteView sealedFrame);
+[[nodiscard]] std::expected<Bytes, PortableKeyEnvelopeV1Error> encode(const PortableKeyEnvelopeMetadataV1& metadata,
+                                                                      ByteView sealedFrame);
 
 }  // namespace PortableKeyEnvelopeEncodingV1
 

@@ -2,9 +2,9 @@
 
 #include <utility>
 
+#include "envelope/PortableKeyEnvelopeV1.hpp"
 #include "format/header/BackupFormatV1.hpp"
 #include "kdf/Argon2idParameters.hpp"
-#include "envelope/PortableKeyEnvelopeV1.hpp"
 
 namespace galdrine::envelope {
 
@@ -37,7 +37,8 @@ using Derivation = PortableKeyDerivationV1;
 std::expected<PortableKeyEnvelopeMetadataV1, Error> PortableKeyEnvelopeMetadataV1::make(
     Factor factor, Derivation derivation, ByteView derivationSalt, std::uint64_t operationsLimit,
     std::int64_t memoryLimitBytes, ByteView artifactIdentifier, ByteView keySlotIdentifier, std::uint64_t generation) {
-  if (derivationSalt.size() != PortableKeyEnvelopeV1::derivationSaltByteCount) return std::unexpected(Error::invalidSaltByteCount());
+  if (derivationSalt.size() != PortableKeyEnvelopeV1::derivationSaltByteCount)
+    return std::unexpected(Error::invalidSaltByteCount());
   if (!isIdentifier(artifactIdentifier)) return std::unexpected(Error::invalidArtifactIdentifier());
   if (!isIdentifier(keySlotIdentifier)) return std::unexpected(Error::invalidKeySlotIdentifier());
   if (!isPaired(factor, derivation, operationsLimit, memoryLimitBytes))

@@ -8,11 +8,11 @@
 #include <expected>
 #include <string_view>
 
+#include "envelope/PortableKeyEnvelopeV1Error.hpp"
+#include "envelope/PortableKeyFactorV1.hpp"
 #include "format/header/BackupAlgorithmV1.hpp"
 #include "platform/Bytes.hpp"
 #include "platform/RawValue.hpp"
-#include "envelope/PortableKeyEnvelopeV1Error.hpp"
-#include "envelope/PortableKeyFactorV1.hpp"
 
 namespace galdrine::envelope {
 

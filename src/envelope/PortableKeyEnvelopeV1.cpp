@@ -2,15 +2,15 @@
 
 #include <array>
 
-#include "format/sealing/AESGCMFrameV1.hpp"
-#include "kdf/Argon2id.hpp"
-#include "platform/SecureMemory.hpp"
-#include "platform/HKDF.hpp"
-#include "platform/Random.hpp"
-#include "platform/ScopeGuard.hpp"
 #include "envelope/BackupPassphrasePolicy.hpp"
 #include "envelope/PortableKeyEnvelopeBindingV1.hpp"
 #include "envelope/PortableKeyEnvelopeEncodingV1.hpp"
+#include "format/sealing/AESGCMFrameV1.hpp"
+#include "kdf/Argon2id.hpp"
+#include "platform/HKDF.hpp"
+#include "platform/Random.hpp"
+#include "platform/ScopeGuard.hpp"
+#include "platform/SecureMemory.hpp"
 
 namespace galdrine::envelope {
 
@@ -101,7 +101,8 @@ struct DrawnSaltAndNonce {
   return std::move(*plaintext);
 }
 
-[[nodiscard]] std::expected<ReadEnvelope, Error> readForContext(ByteView envelope, Factor factor, const Context& context) {
+[[nodiscard]] std::expected<ReadEnvelope, Error> readForContext(ByteView envelope, Factor factor,
+                                                                const Context& context) {
   auto read = PortableKeyEnvelopeEncodingV1::read(envelope, factor);
   if (!read) return std::unexpected(read.error());
   if (!matchesContext(read->metadata, context)) return std::unexpected(Error::contextMismatch());
@@ -117,12 +118,13 @@ std::expected<Bytes, Error> sealWithBackupPassphrase(ByteView backupPackageMaste
                                                      const Context& context) {
   DrawnSaltAndNonce drawn;
   if (auto status = drawn.draw(); !status) return std::unexpected(status.error());
-  if (backupPackageMasterKey.size() != keyByteCount) return std::unexpected(Error::invalidBackupPackageMasterKeyByteCount());
+  if (backupPackageMasterKey.size() != keyByteCount)
+    return std::unexpected(Error::invalidBackupPackageMasterKeyByteCount());
   // Judged only when a passphrase is set; opening never asks, so older passphrases keep working.
   if (!BackupPassphrasePolicy::accepts(passphrase)) return std::unexpected(Error::invalidCredential());
   const auto metadata = Metadata::make(Factor::backupPassphrase, Derivation::argon2idV13, drawn.salt,
-                                       profile.operationsLimit(), profile.memoryLimitBytes(), context.artifactIdentifier(),
-                                       context.keySlotIdentifier(), context.generation());
+                                       profile.operationsLimit(), profile.memoryLimitBytes(),
+                                       context.artifactIdentifier(), context.keySlotIdentifier(), context.generation());
   if (!metadata) return std::unexpected(metadata.error());
   auto frameKey = passphraseFrameKey(passphrase, *metadata);
   if (!frameKey) return std::unexpected(frameKey.error());
@@ -144,7 +146,8 @@ std::expected<Bytes, Error> sealWithRecoveryKey(ByteView backupPackageMasterKey,
                                                 const Context& context) {
   DrawnSaltAndNonce drawn;
   if (auto status = drawn.draw(); !status) return std::unexpected(status.error());
-  if (backupPackageMasterKey.size() != keyByteCount) return std::unexpected(Error::invalidBackupPackageMasterKeyByteCount());
+  if (backupPackageMasterKey.size() != keyByteCount)
+    return std::unexpected(Error::invalidBackupPackageMasterKeyByteCount());
   if (recoveryKey.size() != keyByteCount) return std::unexpected(Error::invalidRecoveryKeyByteCount());
   const auto metadata = Metadata::make(Factor::recoveryKey, Derivation::hkdfSHA256, drawn.salt, 0, 0,
                                        context.artifactIdentifier(), context.keySlotIdentifier(), context.generation());

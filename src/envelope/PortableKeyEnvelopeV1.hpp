@@ -14,13 +14,13 @@
 #include <expected>
 #include <string_view>
 
-#include "format/header/BackupAlgorithmV1.hpp"
-#include "format/cbor/CBORLimits.hpp"
-#include "platform/Bytes.hpp"
 #include "envelope/BackupPassphraseKDFProfileV1.hpp"
 #include "envelope/PortableKeyEnvelopeContextV1.hpp"
 #include "envelope/PortableKeyEnvelopeMetadataV1.hpp"
 #include "envelope/PortableKeyEnvelopeV1Error.hpp"
+#include "format/cbor/CBORLimits.hpp"
+#include "format/header/BackupAlgorithmV1.hpp"
+#include "platform/Bytes.hpp"
 
 namespace galdrine::envelope {
 
@@ -85,8 +85,7 @@ inline constexpr format::CBORLimits encodingLimits{
 // known factor (unsupportedFactor), a known derivation (unsupportedDerivation), a memory limit
 // that fits a signed 64-bit integer (invalidDerivationProfile); last, the metadata's own
 // checks. Key 11 is not looked at.
-[[nodiscard]] std::expected<PortableKeyEnvelopeMetadataV1, PortableKeyEnvelopeV1Error> metadata(
-    ByteView envelope);
+[[nodiscard]] std::expected<PortableKeyEnvelopeMetadataV1, PortableKeyEnvelopeV1Error> metadata(ByteView envelope);
 
 }  // namespace PortableKeyEnvelopeV1
 

@@ -43,10 +43,16 @@ struct PortableKeyEnvelopeV1Error {
   static constexpr PortableKeyEnvelopeV1Error invalidFieldType(std::uint64_t key) {
     return {.code = Code::invalidFieldType, .key = key};
   }
-  static constexpr PortableKeyEnvelopeV1Error invalidBackupPackageMasterKeyByteCount() { return {Code::invalidBackupPackageMasterKeyByteCount}; }
-  static constexpr PortableKeyEnvelopeV1Error invalidRecoveryKeyByteCount() { return {Code::invalidRecoveryKeyByteCount}; }
+  static constexpr PortableKeyEnvelopeV1Error invalidBackupPackageMasterKeyByteCount() {
+    return {Code::invalidBackupPackageMasterKeyByteCount};
+  }
+  static constexpr PortableKeyEnvelopeV1Error invalidRecoveryKeyByteCount() {
+    return {Code::invalidRecoveryKeyByteCount};
+  }
   static constexpr PortableKeyEnvelopeV1Error invalidCredential() { return {Code::invalidCredential}; }
-  static constexpr PortableKeyEnvelopeV1Error invalidLibraryDomainIdentifier() { return {Code::invalidLibraryDomainIdentifier}; }
+  static constexpr PortableKeyEnvelopeV1Error invalidLibraryDomainIdentifier() {
+    return {Code::invalidLibraryDomainIdentifier};
+  }
   static constexpr PortableKeyEnvelopeV1Error invalidArtifactIdentifier() { return {Code::invalidArtifactIdentifier}; }
   static constexpr PortableKeyEnvelopeV1Error invalidKeySlotIdentifier() { return {Code::invalidKeySlotIdentifier}; }
   static constexpr PortableKeyEnvelopeV1Error invalidSaltByteCount() { return {Code::invalidSaltByteCount}; }

@@ -25,4 +25,3 @@ struct RawValueTable<envelope::PortableKeyFactorV1> {
 };
 
 }  // namespace galdrine
-

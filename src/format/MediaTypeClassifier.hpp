@@ -19,13 +19,20 @@ inline constexpr std::string_view livePhotoIdentifier = "com.apple.live-photo";
 inline constexpr std::array<std::string_view, 3> abstractIdentifiers = {"public.image", "public.movie", "public.video"};
 
 inline constexpr std::array<std::string_view, 9> knownImageIdentifiers = {
-    "com.compuserve.gif", "public.avif", "public.camera-raw-image", "public.heic", "public.heif",
-    "public.jpeg",        "public.png",  "public.tiff",             "public.webp",
+    "com.compuserve.gif", "public.avif", "public.camera-raw-image",
+    "public.heic",        "public.heif", "public.jpeg",
+    "public.png",         "public.tiff", "public.webp",
 };
 
 inline constexpr std::array<std::string_view, 8> knownMovieIdentifiers = {
-    "com.apple.quicktime-movie", "org.matroska.mkv", "org.webmproject.webm", "public.3gpp",
-    "public.3gpp2",              "public.avi",       "public.mpeg",          "public.mpeg-4",
+    "com.apple.quicktime-movie",
+    "org.matroska.mkv",
+    "org.webmproject.webm",
+    "public.3gpp",
+    "public.3gpp2",
+    "public.avi",
+    "public.mpeg",
+    "public.mpeg-4",
 };
 
 // A registry lookup; the default is the program's registry. Tests pass one that knows nothing

@@ -4,9 +4,9 @@
 
 #include <atomic>
 
-#include "platform/SecureMemory.hpp"
 #include "kdf/SodiumRuntime.hpp"
 #include "platform/ScopeGuard.hpp"
+#include "platform/SecureMemory.hpp"
 
 namespace galdrine::kdf {
 
@@ -33,7 +33,7 @@ bool withinLibraryBounds(const Argon2idParameters& parameters) {
 namespace Argon2id {
 
 std::expected<Bytes, Argon2idFailure> deriveKey(ByteView passphrase, ByteView salt,
-                                                        const Argon2idParameters& parameters) {
+                                                const Argon2idParameters& parameters) {
   const auto started = SodiumRuntime::initialize();
   if (!started) return std::unexpected(started.error());
   if (passphrase.empty()) return std::unexpected(Argon2idError::emptyPassphrase());
@@ -44,9 +44,10 @@ std::expected<Bytes, Argon2idFailure> deriveKey(ByteView passphrase, ByteView sa
   Bytes derivedKey(static_cast<std::size_t>(derivedKeyByteCount), 0);
   ScopeGuard wipeOnFailure{[&derivedKey] { platform::SecureMemory::wipe(derivedKey); }};
   startedDerivationCount.fetch_add(1, std::memory_order_relaxed);
-  const int result = crypto_pwhash(derivedKey.data(), derivedKey.size(), reinterpret_cast<const char*>(passphrase.data()),
-                                   passphrase.size(), salt.data(), parameters.operationsLimit(),
-                                   static_cast<std::size_t>(parameters.memoryLimitBytes()), algorithmIdentifier);
+  const int result =
+      crypto_pwhash(derivedKey.data(), derivedKey.size(), reinterpret_cast<const char*>(passphrase.data()),
+                    passphrase.size(), salt.data(), parameters.operationsLimit(),
+                    static_cast<std::size_t>(parameters.memoryLimitBytes()), algorithmIdentifier);
   if (result != 0) return std::unexpected(Argon2idError::derivationFailed());
   wipeOnFailure.dismiss();  // the caller owns the key now
   return derivedKey;

@@ -32,7 +32,7 @@ inline constexpr std::int64_t saltByteCount = 16;
 // 256 MiB (derivationFailed). On success the caller owns the 32 key bytes and must wipe them;
 // on failure no key byte is left anywhere.
 [[nodiscard]] std::expected<Bytes, Argon2idFailure> deriveKey(ByteView passphrase, ByteView salt,
-                                                                      const Argon2idParameters& parameters);
+                                                              const Argon2idParameters& parameters);
 
 // derivationCount is the number of hashes this process has started, successful or not; a
 // request refused by a check before the hash is not counted. It exists so that a caller's test

@@ -30,16 +30,15 @@ struct Argon2idError {
   [[nodiscard]] static constexpr Argon2idError invalidSaltLength(std::int64_t expected, std::int64_t actual) {
     return {.code = Code::invalidSaltLength, .expected = expected, .actual = actual};
   }
-  [[nodiscard]] static constexpr Argon2idError operationsLimitOutOfRange(std::uint64_t minimum,
-                                                                                 std::uint64_t maximum,
-                                                                                 std::uint64_t actual) {
+  [[nodiscard]] static constexpr Argon2idError operationsLimitOutOfRange(std::uint64_t minimum, std::uint64_t maximum,
+                                                                         std::uint64_t actual) {
     return {.code = Code::operationsLimitOutOfRange,
             .minimumOperationsLimit = minimum,
             .maximumOperationsLimit = maximum,
             .actualOperationsLimit = actual};
   }
   [[nodiscard]] static constexpr Argon2idError memoryLimitOutOfRange(std::int64_t minimum, std::int64_t maximum,
-                                                                             std::int64_t actual) {
+                                                                     std::int64_t actual) {
     return {.code = Code::memoryLimitOutOfRange, .minimum = minimum, .maximum = maximum, .actual = actual};
   }
   [[nodiscard]] static constexpr Argon2idError memoryLimitMustBeKiBAligned(std::int64_t actual) {

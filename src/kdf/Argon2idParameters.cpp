@@ -1,8 +1,9 @@
 #include "kdf/Argon2idParameters.hpp"
 
+#include <nlohmann/json.hpp>
+
 #include <cmath>
 #include <limits>
-#include <nlohmann/json.hpp>
 #include <string_view>
 
 namespace galdrine::kdf {
@@ -47,8 +48,8 @@ std::expected<Integer, platform::JSONDocumentError> integerField(const nlohmann:
 
 }  // namespace
 
-std::expected<Argon2idParameters, Argon2idError> Argon2idParameters::make(
-    std::uint64_t operationsLimit, std::int64_t memoryLimitBytes) {
+std::expected<Argon2idParameters, Argon2idError> Argon2idParameters::make(std::uint64_t operationsLimit,
+                                                                          std::int64_t memoryLimitBytes) {
   if (operationsLimit < minimumOperationsLimit || operationsLimit > maximumOperationsLimit)
     return std::unexpected(
         Argon2idError::operationsLimitOutOfRange(minimumOperationsLimit, maximumOperationsLimit, operationsLimit));
@@ -67,8 +68,8 @@ nlohmann::json Argon2idParameters::encodeDocument() const {
   return document;
 }
 
-std::expected<Argon2idParameters, Argon2idParametersDocumentFailure>
-Argon2idParameters::decodeDocument(const nlohmann::json& document) {
+std::expected<Argon2idParameters, Argon2idParametersDocumentFailure> Argon2idParameters::decodeDocument(
+    const nlohmann::json& document) {
   if (!document.is_object()) return std::unexpected(platform::JSONDocumentError::typeMismatch);
   const auto operationsLimit = integerField<std::uint64_t>(document, kOperationsLimitKey);
   if (!operationsLimit) return std::unexpected(operationsLimit.error());

@@ -4,11 +4,11 @@
 // fixture or a calibration run can ask neither for less than the floor nor for a ruinous cost.
 // No instance outside the bounds can exist: make is the only way in, and decoding goes through it.
 
+#include <nlohmann/json_fwd.hpp>
+
 #include <cstdint>
 #include <expected>
 #include <variant>
-
-#include <nlohmann/json_fwd.hpp>
 
 #include "kdf/Argon2idError.hpp"
 #include "platform/JSONDocumentError.hpp"
@@ -29,7 +29,7 @@ class Argon2idParameters {
   // (operationsLimitOutOfRange), the memory limit in 64...256 MiB (memoryLimitOutOfRange), the
   // memory limit is a multiple of 1024 (memoryLimitMustBeKiBAligned).
   [[nodiscard]] static std::expected<Argon2idParameters, Argon2idError> make(std::uint64_t operationsLimit,
-                                                                                            std::int64_t memoryLimitBytes);
+                                                                             std::int64_t memoryLimitBytes);
 
   [[nodiscard]] std::uint64_t operationsLimit() const { return operationsLimit_; }
   [[nodiscard]] std::int64_t memoryLimitBytes() const { return memoryLimitBytes_; }

@@ -22,7 +22,8 @@ namespace PassphraseCreationPolicy {
 //  8. the folded text has at least 4 distinct characters;
 //  9. the folded text is no repetition of a shorter unit.
 // Text that is not valid UTF-8, or too long for the text services, is refused.
-[[nodiscard]] bool accepts(std::string_view text, std::int64_t minimumCharacterCount, std::int64_t recommendedWordCount);
+[[nodiscard]] bool accepts(std::string_view text, std::int64_t minimumCharacterCount,
+                           std::int64_t recommendedWordCount);
 
 }  // namespace PassphraseCreationPolicy
 

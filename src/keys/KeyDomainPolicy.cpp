@@ -15,11 +15,16 @@ struct FactorRule {
 
 constexpr FactorRule ruleFor(KeyProtectionFactor factor) {
   switch (factor) {  // no default: a new factor without a rule fails the build
-    case KeyProtectionFactor::localPassphrase: return {true, false, false, false};
-    case KeyProtectionFactor::numericAppCodeWithDeviceBinding: return {true, false, false, true};
-    case KeyProtectionFactor::biometricDeviceKey: return {true, false, false, true};
-    case KeyProtectionFactor::backupPassphrase: return {false, true, true, false};
-    case KeyProtectionFactor::recoveryKey: return {true, true, true, false};
+    case KeyProtectionFactor::localPassphrase:
+      return {true, false, false, false};
+    case KeyProtectionFactor::numericAppCodeWithDeviceBinding:
+      return {true, false, false, true};
+    case KeyProtectionFactor::biometricDeviceKey:
+      return {true, false, false, true};
+    case KeyProtectionFactor::backupPassphrase:
+      return {false, true, true, false};
+    case KeyProtectionFactor::recoveryKey:
+      return {true, true, true, false};
   }
   std::unreachable();
 }
@@ -30,8 +35,10 @@ namespace KeyDomainPolicy {
 
 bool permits(KeyProtectionFactor factor, WrappedRootKey toWrap) {
   switch (toWrap) {
-    case WrappedRootKey::libraryMaster: return ruleFor(factor).wrapsLibraryMaster;
-    case WrappedRootKey::backupPackageMaster: return ruleFor(factor).wrapsBackupPackageMaster;
+    case WrappedRootKey::libraryMaster:
+      return ruleFor(factor).wrapsLibraryMaster;
+    case WrappedRootKey::backupPackageMaster:
+      return ruleFor(factor).wrapsBackupPackageMaster;
   }
   std::unreachable();
 }

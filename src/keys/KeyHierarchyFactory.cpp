@@ -1,9 +1,9 @@
 #include "keys/KeyHierarchyFactory.hpp"
 
-#include "platform/SecureMemory.hpp"
 #include "platform/ConstantTime.hpp"
 #include "platform/Random.hpp"
 #include "platform/ScopeGuard.hpp"
+#include "platform/SecureMemory.hpp"
 
 namespace galdrine::keys {
 
@@ -31,43 +31,39 @@ std::expected<Bytes, KeyMaterialError> KeyHierarchyFactory::checkedRandomBytes(s
   return drawn;
 }
 
-std::expected<std::shared_ptr<SecretKeyStorage>, KeyMaterialError> KeyHierarchyFactory::newKeyStorage()
-    const {
+std::expected<std::shared_ptr<SecretKeyStorage>, KeyMaterialError> KeyHierarchyFactory::newKeyStorage() const {
   auto key = checkedRandomBytes(keyByteCount);
   if (!key) return std::unexpected(key.error());
   const ScopeGuard wipeKey{[&key] { platform::SecureMemory::wipe(*key); }};
   return SecretKeyStorage::make(*key);
 }
 
-std::expected<LibraryDomainIdentifier, KeyMaterialError>
-KeyHierarchyFactory::createLibraryDomainIdentifier() const {
+std::expected<LibraryDomainIdentifier, KeyMaterialError> KeyHierarchyFactory::createLibraryDomainIdentifier() const {
   const auto bytes = checkedRandomBytes(LibraryDomainIdentifier::byteCount);
   if (!bytes) return std::unexpected(bytes.error());
   const auto identifier = LibraryDomainIdentifier::make(*bytes);
   if (!identifier) {  // unreachable after the length check, but no value is taken unchecked
-    return std::unexpected(KeyMaterialError::invalidIdentifierByteCount(identifier.error().expected,
-                                                                                identifier.error().actual));
+    return std::unexpected(
+        KeyMaterialError::invalidIdentifierByteCount(identifier.error().expected, identifier.error().actual));
   }
   return *identifier;
 }
 
-std::expected<LocalKeyIdentifier, KeyMaterialError> KeyHierarchyFactory::createLocalKeyIdentifier()
-    const {
+std::expected<LocalKeyIdentifier, KeyMaterialError> KeyHierarchyFactory::createLocalKeyIdentifier() const {
   const auto bytes = checkedRandomBytes(LocalKeyIdentifier::byteCount);
   if (!bytes) return std::unexpected(bytes.error());
   return LocalKeyIdentifier::make(*bytes);
 }
 
-std::expected<GeneratedLibraryKeyHierarchy, KeyMaterialError>
-KeyHierarchyFactory::createLibraryHierarchy(LibraryRole role) const {
+std::expected<GeneratedLibraryKeyHierarchy, KeyMaterialError> KeyHierarchyFactory::createLibraryHierarchy(
+    LibraryRole role) const {
   const auto identifier = createLibraryDomainIdentifier();
   if (!identifier) return std::unexpected(identifier.error());
   return createLibraryHierarchy(role, *identifier);
 }
 
-std::expected<GeneratedLibraryKeyHierarchy, KeyMaterialError>
-KeyHierarchyFactory::createLibraryHierarchy(LibraryRole role,
-                                                    const LibraryDomainIdentifier& identifier) const {
+std::expected<GeneratedLibraryKeyHierarchy, KeyMaterialError> KeyHierarchyFactory::createLibraryHierarchy(
+    LibraryRole role, const LibraryDomainIdentifier& identifier) const {
   auto masterKey = checkedRandomBytes(keyByteCount);
   if (!masterKey) return std::unexpected(masterKey.error());
   const ScopeGuard wipeMasterKey{[&masterKey] { platform::SecureMemory::wipe(*masterKey); }};
@@ -92,8 +88,7 @@ KeyHierarchyFactory::createLibraryHierarchy(LibraryRole role,
   };
 }
 
-std::expected<GeneratedLocalResourceKey, KeyMaterialError>
-KeyHierarchyFactory::createLocalResourceKey() const {
+std::expected<GeneratedLocalResourceKey, KeyMaterialError> KeyHierarchyFactory::createLocalResourceKey() const {
   const auto keyIdentifier = createLocalKeyIdentifier();
   if (!keyIdentifier) return std::unexpected(keyIdentifier.error());
   auto storage = newKeyStorage();
@@ -101,8 +96,8 @@ KeyHierarchyFactory::createLocalResourceKey() const {
   return GeneratedLocalResourceKey{*keyIdentifier, LocalResourceKeyHandle(std::move(*storage))};
 }
 
-std::expected<BackupPackageMasterKeyHandle, KeyMaterialError>
-KeyHierarchyFactory::createBackupPackageMasterKey() const {
+std::expected<BackupPackageMasterKeyHandle, KeyMaterialError> KeyHierarchyFactory::createBackupPackageMasterKey()
+    const {
   auto storage = newKeyStorage();
   if (!storage) return std::unexpected(storage.error());
   return BackupPackageMasterKeyHandle(std::move(*storage));

@@ -30,8 +30,7 @@ struct KeyMaterialError {
   static constexpr KeyMaterialError randomGenerationFailed(std::int32_t status) {
     return {Code::randomGenerationFailed, 0, 0, status};
   }
-  static constexpr KeyMaterialError randomGeneratorReturnedWrongByteCount(std::int64_t expected,
-                                                                                  std::int64_t actual) {
+  static constexpr KeyMaterialError randomGeneratorReturnedWrongByteCount(std::int64_t expected, std::int64_t actual) {
     return {Code::randomGeneratorReturnedWrongByteCount, expected, actual};
   }
   static constexpr KeyMaterialError invalidated() { return {Code::invalidated}; }

@@ -4,8 +4,7 @@
 
 namespace galdrine::keys {
 
-std::expected<LibraryDomainIdentifier, LibraryDomainIdentifierError> LibraryDomainIdentifier::make(
-    ByteView bytes) {
+std::expected<LibraryDomainIdentifier, LibraryDomainIdentifierError> LibraryDomainIdentifier::make(ByteView bytes) {
   if (bytes.size() != byteCount) {
     return std::unexpected(
         LibraryDomainIdentifierError::invalidByteCount(byteCount, static_cast<std::int64_t>(bytes.size())));

@@ -21,8 +21,7 @@ struct LibraryDomainIdentifierError {
     return {Code::invalidByteCount, expected, actual};
   }
 
-  friend constexpr bool operator==(const LibraryDomainIdentifierError&,
-                                   const LibraryDomainIdentifierError&) = default;
+  friend constexpr bool operator==(const LibraryDomainIdentifierError&, const LibraryDomainIdentifierError&) = default;
 };
 
 class LibraryDomainIdentifier {
@@ -30,8 +29,7 @@ class LibraryDomainIdentifier {
   static constexpr std::size_t byteCount = 16;
 
   // make copies 16 bytes; another length is invalidByteCount(16, length).
-  [[nodiscard]] static std::expected<LibraryDomainIdentifier, LibraryDomainIdentifierError> make(
-      ByteView bytes);
+  [[nodiscard]] static std::expected<LibraryDomainIdentifier, LibraryDomainIdentifierError> make(ByteView bytes);
 
   [[nodiscard]] ByteView bytes() const { return bytes_; }
 

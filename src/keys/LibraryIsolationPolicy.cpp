@@ -5,7 +5,7 @@ namespace galdrine::keys {
 namespace LibraryIsolationPolicy {
 
 std::expected<void, LibraryIsolationError> validatePrimaryDecoyPair(const LibraryKeyDomain& primary,
-                                                                            const LibraryKeyDomain& decoy) {
+                                                                    const LibraryKeyDomain& decoy) {
   if (primary.role == decoy.role) return std::unexpected(LibraryIsolationError::duplicateRole);
   if (primary.identifier == decoy.identifier) {
     return std::unexpected(LibraryIsolationError::reusedDomainIdentifier);

@@ -15,8 +15,8 @@ namespace LibraryIsolationPolicy {
 
 // validatePrimaryDecoyPair checks the roles first (duplicateRole), then the domain
 // identifiers (reusedDomainIdentifier).
-[[nodiscard]] std::expected<void, LibraryIsolationError> validatePrimaryDecoyPair(
-    const LibraryKeyDomain& primary, const LibraryKeyDomain& decoy);
+[[nodiscard]] std::expected<void, LibraryIsolationError> validatePrimaryDecoyPair(const LibraryKeyDomain& primary,
+                                                                                  const LibraryKeyDomain& decoy);
 
 }  // namespace LibraryIsolationPolicy
 

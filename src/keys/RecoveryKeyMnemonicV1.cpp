@@ -4,11 +4,11 @@
 #include <cstdint>
 #include <vector>
 
-#include "platform/SecureMemory.hpp"
 #include "keys/RecoveryKeyVocabulary.hpp"
 #include "platform/Random.hpp"
 #include "platform/SHA256.hpp"
 #include "platform/ScopeGuard.hpp"
+#include "platform/SecureMemory.hpp"
 #include "platform/UnicodeScalars.hpp"
 #include "platform/UnicodeText.hpp"
 
@@ -146,8 +146,7 @@ std::expected<Bytes, RecoveryKeyMnemonicV1Error> entropy(std::string_view phrase
                                 : std::optional<std::vector<std::string_view>>();
   const std::size_t count = words ? words->size() : 0;
   if (count != wordCount) {
-    return std::unexpected(
-        Error::invalidWordCount(RecoveryKeyMnemonicV1::wordCount, static_cast<std::int64_t>(count)));
+    return std::unexpected(Error::invalidWordCount(RecoveryKeyMnemonicV1::wordCount, static_cast<std::int64_t>(count)));
   }
   return entropyFromWords(*words, wordList);
 }
@@ -156,8 +155,7 @@ std::expected<RecoveryKeyHandle, RecoveryKeyMnemonicV1Failure> recoveryKey(std::
   return recoveryKey(phrase, RecoveryKeyVocabulary::publishedList());
 }
 
-std::expected<RecoveryKeyHandle, RecoveryKeyMnemonicV1Failure> recoveryKey(std::string_view phrase,
-                                                                           ByteView wordList) {
+std::expected<RecoveryKeyHandle, RecoveryKeyMnemonicV1Failure> recoveryKey(std::string_view phrase, ByteView wordList) {
   auto decoded = entropy(phrase, wordList);
   if (!decoded) return asFailure<RecoveryKeyHandle>(decoded.error());
   const ScopeGuard wipeDecoded{[&decoded] { platform::SecureMemory::wipe(*decoded); }};

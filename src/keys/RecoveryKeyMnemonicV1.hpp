@@ -58,8 +58,7 @@ struct RecoveryKeyMnemonicV1Error {
   static constexpr RecoveryKeyMnemonicV1Error invalidWordList() { return {Code::invalidWordList}; }
   static constexpr RecoveryKeyMnemonicV1Error checksumMismatch() { return {Code::checksumMismatch}; }
 
-  friend constexpr bool operator==(const RecoveryKeyMnemonicV1Error&,
-                                   const RecoveryKeyMnemonicV1Error&) = default;
+  friend constexpr bool operator==(const RecoveryKeyMnemonicV1Error&, const RecoveryKeyMnemonicV1Error&) = default;
 };
 
 // The failure of operations that also draw random bytes or make a key storage.
@@ -91,10 +90,9 @@ inline constexpr std::string_view vocabularySHA256 = "2f5eed53a4727b4bf8880d8f3f
 
 // recoveryKey is entropy() delivered in a key storage; the entropy is wiped whether or not the
 // storage could be made.
-[[nodiscard]] std::expected<RecoveryKeyHandle, RecoveryKeyMnemonicV1Failure> recoveryKey(
-    std::string_view phrase);
-[[nodiscard]] std::expected<RecoveryKeyHandle, RecoveryKeyMnemonicV1Failure> recoveryKey(
-    std::string_view phrase, ByteView wordList);
+[[nodiscard]] std::expected<RecoveryKeyHandle, RecoveryKeyMnemonicV1Failure> recoveryKey(std::string_view phrase);
+[[nodiscard]] std::expected<RecoveryKeyHandle, RecoveryKeyMnemonicV1Failure> recoveryKey(std::string_view phrase,
+                                                                                         ByteView wordList);
 
 }  // namespace RecoveryKeyMnemonicV1
 

@@ -37,9 +37,8 @@ std::optional<RecoveryKeyVocabulary> RecoveryKeyVocabulary::load(ByteView list) 
 }
 
 std::optional<std::uint16_t> RecoveryKeyVocabulary::indexOf(std::string_view word) const {
-  const auto found = std::ranges::lower_bound(words_, word, std::ranges::less{}, [](const std::string& entry) {
-    return std::string_view(entry);
-  });
+  const auto found = std::ranges::lower_bound(words_, word, std::ranges::less{},
+                                              [](const std::string& entry) { return std::string_view(entry); });
   if (found == words_.end() || *found != word) return std::nullopt;
   return static_cast<std::uint16_t>(found - words_.begin());
 }

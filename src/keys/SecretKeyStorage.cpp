@@ -4,8 +4,7 @@
 
 namespace galdrine::keys {
 
-std::expected<std::shared_ptr<SecretKeyStorage>, KeyMaterialError> SecretKeyStorage::make(
-    ByteView bytes) {
+std::expected<std::shared_ptr<SecretKeyStorage>, KeyMaterialError> SecretKeyStorage::make(ByteView bytes) {
   if (bytes.size() != keyByteCount) {
     return std::unexpected(
         KeyMaterialError::invalidKeyByteCount(keyByteCount, static_cast<std::int64_t>(bytes.size())));

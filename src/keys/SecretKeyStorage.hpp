@@ -15,10 +15,10 @@
 #include <span>
 #include <type_traits>
 
-#include "platform/SecureMemory.hpp"
 #include "keys/KeyMaterialError.hpp"
 #include "platform/Bytes.hpp"
 #include "platform/ScopeGuard.hpp"
+#include "platform/SecureMemory.hpp"
 
 namespace galdrine::keys {
 
@@ -28,8 +28,7 @@ class SecretKeyStorage {
 
   // make copies `bytes` into a new storage; the caller still owns and wipes its own value.
   // Bytes of another length are invalidKeyByteCount(32, length), and nothing is kept.
-  [[nodiscard]] static std::expected<std::shared_ptr<SecretKeyStorage>, KeyMaterialError> make(
-      ByteView bytes);
+  [[nodiscard]] static std::expected<std::shared_ptr<SecretKeyStorage>, KeyMaterialError> make(ByteView bytes);
 
   SecretKeyStorage(const SecretKeyStorage&) = delete;
   SecretKeyStorage& operator=(const SecretKeyStorage&) = delete;

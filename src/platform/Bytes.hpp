@@ -24,9 +24,7 @@ namespace ByteOrder {
   return std::ranges::lexicographical_compare(left, right);
 }
 
-[[nodiscard]] inline bool equal(ByteView left, ByteView right) {
-  return std::ranges::equal(left, right);
-}
+[[nodiscard]] inline bool equal(ByteView left, ByteView right) { return std::ranges::equal(left, right); }
 
 // Less is precedes for the maps and sets keyed by byte strings. std::less<Bytes> gives the same
 // order, but GCC 12 at -O3 cannot bound the lengths inside it and warns of a memcmp past any

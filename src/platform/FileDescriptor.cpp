@@ -5,13 +5,13 @@
 
 namespace galdrine::platform {
 
-std::expected<FileDescriptor, FileError> FileDescriptor::open(
-    const std::filesystem::path& path, int flags, mode_t mode) {
+std::expected<FileDescriptor, FileError> FileDescriptor::open(const std::filesystem::path& path, int flags,
+                                                              mode_t mode) {
   return openAt(AT_FDCWD, path, flags, mode);
 }
 
-std::expected<FileDescriptor, FileError> FileDescriptor::openAt(
-    int directory, const std::filesystem::path& name, int flags, mode_t mode) {
+std::expected<FileDescriptor, FileError> FileDescriptor::openAt(int directory, const std::filesystem::path& name,
+                                                                int flags, mode_t mode) {
   int descriptor = -1;
   do {
     descriptor = ::openat(directory, name.c_str(), flags | O_CLOEXEC, mode);
@@ -20,8 +20,7 @@ std::expected<FileDescriptor, FileError> FileDescriptor::openAt(
   return FileDescriptor(descriptor);
 }
 
-std::expected<FileDescriptor, FileError> FileDescriptor::openDirectory(
-    const std::filesystem::path& path) {
+std::expected<FileDescriptor, FileError> FileDescriptor::openDirectory(const std::filesystem::path& path) {
   return open(path, O_RDONLY | O_NOFOLLOW | O_DIRECTORY);
 }
 

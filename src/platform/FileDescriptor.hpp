@@ -30,15 +30,14 @@ class FileDescriptor {
 
   // open and openAt are open(2) and openat(2) with O_CLOEXEC always added, so that no
   // descriptor of ours leaks into a child process. A failure gives the errno.
-  [[nodiscard]] static std::expected<FileDescriptor, FileError> open(
-      const std::filesystem::path& path, int flags, mode_t mode = 0);
-  [[nodiscard]] static std::expected<FileDescriptor, FileError> openAt(
-      int directory, const std::filesystem::path& name, int flags, mode_t mode = 0);
+  [[nodiscard]] static std::expected<FileDescriptor, FileError> open(const std::filesystem::path& path, int flags,
+                                                                     mode_t mode = 0);
+  [[nodiscard]] static std::expected<FileDescriptor, FileError> openAt(int directory, const std::filesystem::path& name,
+                                                                       int flags, mode_t mode = 0);
 
   // openDirectory opens `path` read-only, as a directory only, without following a symbolic
   // link in its last component.
-  [[nodiscard]] static std::expected<FileDescriptor, FileError> openDirectory(
-      const std::filesystem::path& path);
+  [[nodiscard]] static std::expected<FileDescriptor, FileError> openDirectory(const std::filesystem::path& path);
 
   [[nodiscard]] int get() const noexcept { return descriptor_; }
   [[nodiscard]] bool isOpen() const noexcept { return descriptor_ >= 0; }

@@ -20,12 +20,10 @@ namespace {
 // Reads grow the buffer in steps of this size, so a large bound costs nothing for a small file.
 constexpr std::size_t readStepByteCount = 65536;
 
-[[nodiscard]] std::unexpected<FileError> lastError() {
-  return std::unexpected(FileError::fromErrno());
-}
+[[nodiscard]] std::unexpected<FileError> lastError() { return std::unexpected(FileError::fromErrno()); }
 
 [[nodiscard]] bool isRegularFile(int directory, const std::filesystem::path& name) {
-  struct stat status{};
+  struct stat status {};
   return ::fstatat(directory, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISREG(status.st_mode);
 }
 
@@ -87,8 +85,8 @@ std::expected<Bytes, FileError> readUpTo(int descriptor, std::size_t maximumByte
 }
 
 std::expected<Bytes, BoundedFileReadFault> readBoundedRegularFile(const std::filesystem::path& filePath,
-                                                                 std::size_t minimumByteCount,
-                                                                 std::size_t maximumByteCount) {
+                                                                  std::size_t minimumByteCount,
+                                                                  std::size_t maximumByteCount) {
   using Kind = BoundedFileReadFault::Kind;
   // Non-blocking, so that a pipe put in the file's place cannot stall the open.
   const auto descriptor = FileDescriptor::open(filePath, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
@@ -105,10 +103,9 @@ std::expected<Bytes, BoundedFileReadFault> readBoundedRegularFile(const std::fil
   return *bytes;
 }
 
-std::expected<void, FileError> moveRefusingExistingTarget(int sourceDirectory,
-                                                                         const std::filesystem::path& sourceName,
-                                                                         int targetDirectory,
-                                                                         const std::filesystem::path& targetName) {
+std::expected<void, FileError> moveRefusingExistingTarget(int sourceDirectory, const std::filesystem::path& sourceName,
+                                                          int targetDirectory,
+                                                          const std::filesystem::path& targetName) {
   if (::renameat2(sourceDirectory, sourceName.c_str(), targetDirectory, targetName.c_str(), RENAME_NOREPLACE) == 0) {
     return {};
   }
@@ -124,10 +121,8 @@ std::expected<void, FileError> moveRefusingExistingTarget(const std::filesystem:
   return moveRefusingExistingTarget(AT_FDCWD, sourcePath, AT_FDCWD, targetPath);
 }
 
-std::expected<void, FileError> moveRegularFileByLinking(int sourceDirectory,
-                                                                       const std::filesystem::path& sourceName,
-                                                                       int targetDirectory,
-                                                                       const std::filesystem::path& targetName) {
+std::expected<void, FileError> moveRegularFileByLinking(int sourceDirectory, const std::filesystem::path& sourceName,
+                                                        int targetDirectory, const std::filesystem::path& targetName) {
   if (::linkat(sourceDirectory, sourceName.c_str(), targetDirectory, targetName.c_str(), 0) != 0) return lastError();
   if (::unlinkat(sourceDirectory, sourceName.c_str(), 0) != 0) {
     const FileError unlinkError = FileError::fromErrno();

@@ -67,19 +67,21 @@ void startWriteBack(int descriptor, std::uint64_t offset, std::uint64_t byteCoun
 // by moveRegularFileByLinking instead; anything else then fails with the rename's errno. On
 // failure the source stays where it was and nothing is created at the target. Directory
 // descriptors may be AT_FDCWD.
-[[nodiscard]] std::expected<void, FileError> moveRefusingExistingTarget(
-    int sourceDirectory, const std::filesystem::path& sourceName, int targetDirectory,
-    const std::filesystem::path& targetName);
+[[nodiscard]] std::expected<void, FileError> moveRefusingExistingTarget(int sourceDirectory,
+                                                                        const std::filesystem::path& sourceName,
+                                                                        int targetDirectory,
+                                                                        const std::filesystem::path& targetName);
 
-[[nodiscard]] std::expected<void, FileError> moveRefusingExistingTarget(
-    const std::filesystem::path& sourcePath, const std::filesystem::path& targetPath);
+[[nodiscard]] std::expected<void, FileError> moveRefusingExistingTarget(const std::filesystem::path& sourcePath,
+                                                                        const std::filesystem::path& targetPath);
 
 // moveRegularFileByLinking moves a regular file with a hard link at the target, which refuses
 // an existing target with EEXIST, then removes the source name. If the source name cannot be
 // removed, the new link is removed again and the error of the first removal is given.
-[[nodiscard]] std::expected<void, FileError> moveRegularFileByLinking(
-    int sourceDirectory, const std::filesystem::path& sourceName, int targetDirectory,
-    const std::filesystem::path& targetName);
+[[nodiscard]] std::expected<void, FileError> moveRegularFileByLinking(int sourceDirectory,
+                                                                      const std::filesystem::path& sourceName,
+                                                                      int targetDirectory,
+                                                                      const std::filesystem::path& targetName);
 
 }  // namespace Files
 

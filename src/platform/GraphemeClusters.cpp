@@ -1,10 +1,10 @@
 #include "platform/GraphemeClusters.hpp"
 
-#include <memory>
-
 #include <unicode/brkiter.h>
 #include <unicode/locid.h>
 #include <unicode/utext.h>
+
+#include <memory>
 
 #include "platform/UTF8.hpp"
 
@@ -17,7 +17,8 @@ namespace {
 icu::BreakIterator* characterIterator() {
   thread_local const std::unique_ptr<icu::BreakIterator> iterator = [] {
     UErrorCode status = U_ZERO_ERROR;
-    std::unique_ptr<icu::BreakIterator> made(icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
+    std::unique_ptr<icu::BreakIterator> made(
+        icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
     if (U_FAILURE(status)) made.reset();
     return made;
   }();
@@ -68,7 +69,7 @@ std::expected<std::vector<std::string_view>, UnicodeTextError> clusters(std::str
 }
 
 std::expected<std::string_view, UnicodeTextError> truncatedToUTF8ByteCount(std::string_view text,
-                                                                                    std::size_t maximumUTF8ByteCount) {
+                                                                           std::size_t maximumUTF8ByteCount) {
   const auto offsets = boundaries(text);
   if (!offsets) return std::unexpected(offsets.error());
   std::size_t kept = 0;

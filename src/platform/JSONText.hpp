@@ -8,11 +8,11 @@
 // A key is written only if the document holds it, so an absent optional is left out by not
 // putting it in; a null is never written unless the document holds one.
 
+#include <nlohmann/json_fwd.hpp>
+
 #include <cstdint>
 #include <expected>
 #include <string>
-
-#include <nlohmann/json_fwd.hpp>
 
 namespace galdrine::platform {
 

@@ -43,6 +43,7 @@ template <RawRepresentable Enumeration>
 template <RawRepresentable Enumeration>
 inline constexpr auto allCases = []<std::size_t... Index>(std::index_sequence<Index...>) {
   return std::array<Enumeration, sizeof...(Index)>{static_cast<Enumeration>(Index)...};
-}(std::make_index_sequence<RawValueTable<Enumeration>::rawValues.size()>{});
+}
+(std::make_index_sequence<RawValueTable<Enumeration>::rawValues.size()>{});
 
 }  // namespace galdrine

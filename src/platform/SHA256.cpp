@@ -1,9 +1,10 @@
 #include "platform/SHA256.hpp"
 
 #include <fcntl.h>
-#include <openssl/evp.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include <openssl/evp.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -38,8 +39,7 @@ ssize_t readPiece(int descriptor, std::span<std::uint8_t> buffer) {
 // end, in more pieces), nor the fixed ceiling.
 std::size_t bufferByteCount(std::int64_t readChunkByteCount, const struct stat& status) {
   const std::int64_t fileByteCount = std::max<std::int64_t>(status.st_size, 1);
-  return static_cast<std::size_t>(
-      std::min({readChunkByteCount, fileByteCount, SHA256::maximumReadBufferByteCount}));
+  return static_cast<std::size_t>(std::min({readChunkByteCount, fileByteCount, SHA256::maximumReadBufferByteCount}));
 }
 
 std::expected<SHA256Digest, SHA256Failure> digestOfOpenFile(int descriptor, std::int64_t readChunkByteCount) {

@@ -9,10 +9,22 @@ bool isContinuation(std::uint8_t byte) { return (byte & 0xC0) == 0x80; }
 // sequenceLength gives the length of the sequence that `lead` opens and the smallest scalar
 // it may encode, or 0 for a byte that cannot open a sequence.
 std::size_t sequenceLength(std::uint8_t lead, std::uint32_t& smallestScalar) {
-  if (lead < 0x80) { smallestScalar = 0; return 1; }
-  if ((lead & 0xE0) == 0xC0) { smallestScalar = 0x80; return 2; }
-  if ((lead & 0xF0) == 0xE0) { smallestScalar = 0x800; return 3; }
-  if ((lead & 0xF8) == 0xF0) { smallestScalar = 0x10000; return 4; }
+  if (lead < 0x80) {
+    smallestScalar = 0;
+    return 1;
+  }
+  if ((lead & 0xE0) == 0xC0) {
+    smallestScalar = 0x80;
+    return 2;
+  }
+  if ((lead & 0xF0) == 0xE0) {
+    smallestScalar = 0x800;
+    return 3;
+  }
+  if ((lead & 0xF8) == 0xF0) {
+    smallestScalar = 0x10000;
+    return 4;
+  }
   return 0;
 }
 

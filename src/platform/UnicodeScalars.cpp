@@ -1,9 +1,9 @@
 #include "platform/UnicodeScalars.hpp"
 
-#include <algorithm>
-
 #include <unicode/uchar.h>
 #include <unicode/utf8.h>
+
+#include <algorithm>
 
 #include "platform/UTF8.hpp"
 

@@ -35,7 +35,8 @@ namespace UnicodeScalars {
 
 // keepingLettersAndNumbers keeps the letter and number scalars of valid UTF-8 text, in order,
 // and at most the first `maximumScalarCount` of them. Invalid UTF-8 gives nothing.
-[[nodiscard]] std::optional<std::string> keepingLettersAndNumbers(std::string_view text, std::size_t maximumScalarCount);
+[[nodiscard]] std::optional<std::string> keepingLettersAndNumbers(std::string_view text,
+                                                                  std::size_t maximumScalarCount);
 
 }  // namespace UnicodeScalars
 

@@ -80,17 +80,11 @@ std::optional<UniformType> UniformType::fromFileNameExtension(std::string_view e
 
 std::string_view UniformType::identifier() const { return entry_->identifier; }
 
-bool UniformType::conformsToImage() const {
-  return entry_->conformance == UniformTypeConformance::image;
-}
+bool UniformType::conformsToImage() const { return entry_->conformance == UniformTypeConformance::image; }
 
-bool UniformType::conformsToMovie() const {
-  return entry_->conformance == UniformTypeConformance::movie;
-}
+bool UniformType::conformsToMovie() const { return entry_->conformance == UniformTypeConformance::movie; }
 
-std::span<const std::string_view> UniformType::fileNameExtensionTags() const {
-  return entry_->fileNameExtensionTags;
-}
+std::span<const std::string_view> UniformType::fileNameExtensionTags() const { return entry_->fileNameExtensionTags; }
 
 std::optional<std::string_view> UniformType::preferredFileNameExtension() const {
   if (entry_->fileNameExtensionTags.empty()) return std::nullopt;

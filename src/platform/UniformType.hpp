@@ -32,9 +32,7 @@ class UniformType {
   [[nodiscard]] std::span<const std::string_view> fileNameExtensionTags() const;
   [[nodiscard]] std::optional<std::string_view> preferredFileNameExtension() const;
 
-  friend bool operator==(const UniformType& left, const UniformType& right) {
-    return left.entry_ == right.entry_;
-  }
+  friend bool operator==(const UniformType& left, const UniformType& right) { return left.entry_ == right.entry_; }
 
  private:
   explicit UniformType(const UniformTypeEntry* entry) : entry_(entry) {}

@@ -16,7 +16,8 @@ int main(int argc, char** argv) {
   using namespace galdrine;
   std::vector<std::string> arguments(argv + 1, argv + argc);
   credential::TerminalCredentialReader credentialReader;
-  const recoverytool::RecoveryToolExecution execution = recoverytool::RecoveryTool::execute(arguments, credentialReader);
+  const recoverytool::RecoveryToolExecution execution =
+      recoverytool::RecoveryTool::execute(arguments, credentialReader);
   // A failure to write the program's output is dropped: there is no one left to tell.
   if (!execution.standardOutput.empty()) (void)platform::Files::writeAll(STDOUT_FILENO, execution.standardOutput);
   if (!execution.standardError.empty()) (void)platform::Files::writeAll(STDERR_FILENO, execution.standardError);

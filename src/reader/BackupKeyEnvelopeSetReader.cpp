@@ -52,10 +52,9 @@ std::expected<Bytes, UnlockFailure> Reader::unlock(Factor factor, ByteView crede
   // The stored bytes, not the header held beside them, are what the envelope was bound to.
   auto header = BackupHeaderValidator::validate(package_.headerData());
   if (!header) return std::unexpected(UnlockFailure(header.error()));
-  const auto context =
-      envelope::PortableKeyEnvelopeContextV1::make(std::move(*header), envelopeSet_.libraryDomainIdentifier(),
-                                                   metadata.artifactIdentifier(), metadata.keySlotIdentifier(),
-                                                   metadata.generation());
+  const auto context = envelope::PortableKeyEnvelopeContextV1::make(
+      std::move(*header), envelopeSet_.libraryDomainIdentifier(), metadata.artifactIdentifier(),
+      metadata.keySlotIdentifier(), metadata.generation());
   if (!context) return std::unexpected(UnlockFailure(context.error()));
   auto key = factor == Factor::backupPassphrase
                  ? envelope::PortableKeyEnvelopeV1::openWithBackupPassphrase(entry->envelope(), credential, *context)

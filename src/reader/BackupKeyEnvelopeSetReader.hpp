@@ -13,13 +13,13 @@
 #include <optional>
 #include <variant>
 
-#include "format/header/BackupFormatHeaderV1.hpp"
-#include "format/package/BackupPackageV1.hpp"
-#include "platform/Bytes.hpp"
 #include "envelope/BackupKeyEnvelopeFileV1.hpp"
 #include "envelope/BackupKeyEnvelopeSetV1.hpp"
 #include "envelope/PortableKeyEnvelopeV1.hpp"
 #include "envelope/PortableKeyFactorV1.hpp"
+#include "format/header/BackupFormatHeaderV1.hpp"
+#include "format/package/BackupPackageV1.hpp"
+#include "platform/Bytes.hpp"
 
 namespace galdrine::reader {
 
@@ -38,9 +38,7 @@ struct BackupKeyEnvelopeSetReaderError {
   static constexpr BackupKeyEnvelopeSetReaderError factorUnavailable(envelope::PortableKeyFactorV1 factor) {
     return {Code::factorUnavailable, factor};
   }
-  static constexpr BackupKeyEnvelopeSetReaderError packageBindingMismatch() {
-    return {Code::packageBindingMismatch};
-  }
+  static constexpr BackupKeyEnvelopeSetReaderError packageBindingMismatch() { return {Code::packageBindingMismatch}; }
 
   friend constexpr bool operator==(const BackupKeyEnvelopeSetReaderError&,
                                    const BackupKeyEnvelopeSetReaderError&) = default;
@@ -63,8 +61,8 @@ class BackupKeyEnvelopeSetReader {
   // open opens the package at `packagePath`, reads its key envelope file, and binds the two, in
   // this order: the package's open; the file's read; the set's package identifier equal to the
   // header's (packageBindingMismatch). No key is derived, so a foreign file costs nothing.
-  [[nodiscard]] static std::expected<BackupKeyEnvelopeSetReader, BackupKeyEnvelopeSetReaderOpenFailure>
-  open(const std::filesystem::path& packagePath);
+  [[nodiscard]] static std::expected<BackupKeyEnvelopeSetReader, BackupKeyEnvelopeSetReaderOpenFailure> open(
+      const std::filesystem::path& packagePath);
 
   // make builds a reader from parts the caller has already read: the package, its decoded set
   // and the SHA-256 of the file bytes the set was decoded from. A set that names another

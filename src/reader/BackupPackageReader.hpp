@@ -13,7 +13,8 @@ namespace galdrine::reader {
 namespace BackupPackageReader {
 
 // open checks the package at `path` (see BackupPackageV1::open) and writes nothing.
-[[nodiscard]] std::expected<format::BackupPackageV1, format::BackupPackageV1Failure> open(const std::filesystem::path& path);
+[[nodiscard]] std::expected<format::BackupPackageV1, format::BackupPackageV1Failure> open(
+    const std::filesystem::path& path);
 
 }  // namespace BackupPackageReader
 

@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "format/sealing/AESGCMFrameV1.hpp"
 #include "format/payload/BackupPayloadV1.hpp"
+#include "format/sealing/AESGCMFrameV1.hpp"
 
 namespace galdrine::reader {
 
@@ -20,14 +20,17 @@ std::expected<Bytes, BackupPayloadReaderOpenFailure> open(ByteView frame, ByteVi
 }
 
 std::expected<format::BackupPackSegmentDescriptorV1, format::BackupPayloadV1Error> inspectPackSegment(
-    const std::filesystem::path& path, ByteView packageIdentifier, ByteView libraryDomainIdentifier, ByteView segmentKey) {
+    const std::filesystem::path& path, ByteView packageIdentifier, ByteView libraryDomainIdentifier,
+    ByteView segmentKey) {
   return format::BackupPayloadV1::inspectPackSegment(path, packageIdentifier, libraryDomainIdentifier, segmentKey);
 }
 
 std::expected<Bytes, format::BackupPayloadV1Error> openPackEntry(ByteView identifier, const std::filesystem::path& path,
                                                                  ByteView packageIdentifier,
-                                                                 ByteView libraryDomainIdentifier, ByteView segmentKey) {
-  return format::BackupPayloadV1::openPackEntry(identifier, path, packageIdentifier, libraryDomainIdentifier, segmentKey);
+                                                                 ByteView libraryDomainIdentifier,
+                                                                 ByteView segmentKey) {
+  return format::BackupPayloadV1::openPackEntry(identifier, path, packageIdentifier, libraryDomainIdentifier,
+                                                segmentKey);
 }
 
 std::expected<Bytes, format::BackupPayloadV1Error> openResourceChunk(

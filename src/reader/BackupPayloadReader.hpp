@@ -8,10 +8,10 @@
 #include <filesystem>
 #include <variant>
 
+#include "format/cbor/CBORError.hpp"
 #include "format/payload/BackupPayloadV1.hpp"
 #include "format/sealing/AESGCMFrameV1.hpp"
 #include "format/sealing/BackupAuthenticatedDataV1.hpp"
-#include "format/cbor/CBORError.hpp"
 #include "platform/Bytes.hpp"
 
 namespace galdrine::reader {
@@ -30,10 +30,13 @@ namespace BackupPayloadReader {
 
 // The container operations of BackupPayloadV1, with their checks and failures.
 [[nodiscard]] std::expected<format::BackupPackSegmentDescriptorV1, format::BackupPayloadV1Error> inspectPackSegment(
-    const std::filesystem::path& path, ByteView packageIdentifier, ByteView libraryDomainIdentifier, ByteView segmentKey);
-[[nodiscard]] std::expected<Bytes, format::BackupPayloadV1Error> openPackEntry(
-    ByteView identifier, const std::filesystem::path& path, ByteView packageIdentifier, ByteView libraryDomainIdentifier,
+    const std::filesystem::path& path, ByteView packageIdentifier, ByteView libraryDomainIdentifier,
     ByteView segmentKey);
+[[nodiscard]] std::expected<Bytes, format::BackupPayloadV1Error> openPackEntry(ByteView identifier,
+                                                                               const std::filesystem::path& path,
+                                                                               ByteView packageIdentifier,
+                                                                               ByteView libraryDomainIdentifier,
+                                                                               ByteView segmentKey);
 [[nodiscard]] std::expected<Bytes, format::BackupPayloadV1Error> openResourceChunk(
     const std::filesystem::path& path, const format::BackupResourceChunkDescriptorV1& descriptor,
     ByteView packageIdentifier, ByteView libraryDomainIdentifier, ByteView resourceKey);

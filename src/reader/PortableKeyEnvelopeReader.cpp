@@ -18,7 +18,8 @@ using Context = envelope::PortableKeyEnvelopeContextV1;
                                                         std::uint64_t generation) {
   auto header = BackupHeaderValidator::validate(headerData);
   if (!header) return std::unexpected(Failure(header.error()));
-  auto context = Context::make(std::move(*header), libraryDomainIdentifier, artifactIdentifier, keySlotIdentifier, generation);
+  auto context =
+      Context::make(std::move(*header), libraryDomainIdentifier, artifactIdentifier, keySlotIdentifier, generation);
   if (!context) return std::unexpected(Failure(context.error()));
   return std::move(*context);
 }
@@ -35,7 +36,8 @@ namespace PortableKeyEnvelopeReader {
 std::expected<Bytes, Failure> openWithBackupPassphrase(ByteView envelope, ByteView passphrase, ByteView headerData,
                                                        ByteView libraryDomainIdentifier, ByteView artifactIdentifier,
                                                        ByteView keySlotIdentifier, std::uint64_t generation) {
-  const auto context = contextOf(headerData, libraryDomainIdentifier, artifactIdentifier, keySlotIdentifier, generation);
+  const auto context =
+      contextOf(headerData, libraryDomainIdentifier, artifactIdentifier, keySlotIdentifier, generation);
   if (!context) return std::unexpected(context.error());
   return passedOn(envelope::PortableKeyEnvelopeV1::openWithBackupPassphrase(envelope, passphrase, *context));
 }
@@ -43,7 +45,8 @@ std::expected<Bytes, Failure> openWithBackupPassphrase(ByteView envelope, ByteVi
 std::expected<Bytes, Failure> openWithRecoveryKey(ByteView envelope, ByteView recoveryKey, ByteView headerData,
                                                   ByteView libraryDomainIdentifier, ByteView artifactIdentifier,
                                                   ByteView keySlotIdentifier, std::uint64_t generation) {
-  const auto context = contextOf(headerData, libraryDomainIdentifier, artifactIdentifier, keySlotIdentifier, generation);
+  const auto context =
+      contextOf(headerData, libraryDomainIdentifier, artifactIdentifier, keySlotIdentifier, generation);
   if (!context) return std::unexpected(context.error());
   return passedOn(envelope::PortableKeyEnvelopeV1::openWithRecoveryKey(envelope, recoveryKey, *context));
 }

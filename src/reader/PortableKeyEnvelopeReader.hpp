@@ -8,9 +8,9 @@
 #include <expected>
 #include <variant>
 
+#include "envelope/PortableKeyEnvelopeV1.hpp"
 #include "format/header/BackupFormatHeaderV1.hpp"
 #include "platform/Bytes.hpp"
-#include "envelope/PortableKeyEnvelopeV1.hpp"
 
 namespace galdrine::reader {
 

@@ -8,8 +8,10 @@ namespace {
 
 std::string_view statusText(recovery::RecoveryExportStatus status) {
   switch (status) {
-    case recovery::RecoveryExportStatus::completed: return "completed";
-    case recovery::RecoveryExportStatus::completedWithIssues: return "completed-with-issues";
+    case recovery::RecoveryExportStatus::completed:
+      return "completed";
+    case recovery::RecoveryExportStatus::completedWithIssues:
+      return "completed-with-issues";
   }
   std::unreachable();
 }

@@ -13,10 +13,14 @@ namespace {
 std::string_view dispositionText(RecoveryToolBranchDisposition::Kind kind) {
   using enum RecoveryToolBranchDisposition::Kind;
   switch (kind) {
-    case canonicalizedBranches: return "canonicalized-branches";
-    case noPublishedHead: return "no-published-head";
-    case singleBranch: return "single-branch";
-    case unresolvedFork: return "unresolved-fork";
+    case canonicalizedBranches:
+      return "canonicalized-branches";
+    case noPublishedHead:
+      return "no-published-head";
+    case singleBranch:
+      return "single-branch";
+    case unresolvedFork:
+      return "unresolved-fork";
   }
   std::unreachable();
 }

@@ -3,9 +3,9 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/SecureMemory.hpp"
 #include "keys/RecoveryKeyMnemonicV1.hpp"
 #include "platform/ScopeGuard.hpp"
+#include "platform/SecureMemory.hpp"
 #include "platform/UTF8.hpp"
 #include "recovery/export/RecoveryExporter.hpp"
 #include "recovery/inspection/RecoveryPackageInspector.hpp"
@@ -22,9 +22,12 @@ using EngineDisposition = recovery::RecoveryBranchDisposition;
   switch (disposition.code) {
     case EngineDisposition::Code::canonicalizedBranches:
       return RecoveryToolBranchDisposition::canonicalizedBranches(disposition.canonicalTipIdentifier);
-    case EngineDisposition::Code::noPublishedHead: return RecoveryToolBranchDisposition::noPublishedHead();
-    case EngineDisposition::Code::singleBranch: return RecoveryToolBranchDisposition::singleBranch();
-    case EngineDisposition::Code::unresolvedFork: return RecoveryToolBranchDisposition::unresolvedFork();
+    case EngineDisposition::Code::noPublishedHead:
+      return RecoveryToolBranchDisposition::noPublishedHead();
+    case EngineDisposition::Code::singleBranch:
+      return RecoveryToolBranchDisposition::singleBranch();
+    case EngineDisposition::Code::unresolvedFork:
+      return RecoveryToolBranchDisposition::unresolvedFork();
   }
   std::unreachable();
 }
@@ -75,7 +78,8 @@ using EngineDisposition = recovery::RecoveryBranchDisposition;
 // and wipes it after the call whatever came of it: a copy of the passphrase bytes, or the
 // recovery key's 32 bytes. Words that make no key fail as an inspection would.
 template <typename Result, typename Call>
-[[nodiscard]] std::expected<Result, RecoveryToolError> withCredentialBytes(Factor factor, ByteView credential, Call call) {
+[[nodiscard]] std::expected<Result, RecoveryToolError> withCredentialBytes(Factor factor, ByteView credential,
+                                                                           Call call) {
   if (factor == Factor::backupPassphrase) {
     Bytes passphrase(credential.begin(), credential.end());
     ScopeGuard wipePassphrase{[&] { platform::SecureMemory::wipe(passphrase); }};
@@ -97,9 +101,10 @@ std::expected<Bytes, RecoveryToolBackendError> LiveBackend::recoveryKey(ByteView
   return std::move(*entropy);
 }
 
-std::expected<RecoveryToolInspection, RecoveryToolError> LiveBackend::inspect(const fs::path& packagePath, Factor factor,
-                                                                              ByteView credential) {
-  const auto call = [&](Factor usedFactor, ByteView secret) -> std::expected<RecoveryToolInspection, RecoveryToolError> {
+std::expected<RecoveryToolInspection, RecoveryToolError> LiveBackend::inspect(const fs::path& packagePath,
+                                                                              Factor factor, ByteView credential) {
+  const auto call = [&](Factor usedFactor,
+                        ByteView secret) -> std::expected<RecoveryToolInspection, RecoveryToolError> {
     const auto inspection = usedFactor == Factor::backupPassphrase
                                 ? recovery::inspectWithBackupPassphrase(packagePath, secret)
                                 : recovery::inspectWithRecoveryKey(packagePath, secret);
@@ -112,12 +117,12 @@ std::expected<RecoveryToolInspection, RecoveryToolError> LiveBackend::inspect(co
 std::expected<recovery::RecoveryExportResult, RecoveryToolError> LiveBackend::exportSnapshot(
     const fs::path& packagePath, Factor factor, ByteView credential, ByteView selectedCommitIdentifier,
     const fs::path& destinationPath) {
-  const auto call = [&](Factor usedFactor, ByteView secret) -> std::expected<recovery::RecoveryExportResult, RecoveryToolError> {
-    auto result = usedFactor == Factor::backupPassphrase
-                      ? recovery::exportWithBackupPassphrase(packagePath, secret, selectedCommitIdentifier,
-                                                                              destinationPath)
-                      : recovery::exportWithRecoveryKey(packagePath, secret, selectedCommitIdentifier,
-                                                                         destinationPath);
+  const auto call = [&](Factor usedFactor,
+                        ByteView secret) -> std::expected<recovery::RecoveryExportResult, RecoveryToolError> {
+    auto result =
+        usedFactor == Factor::backupPassphrase
+            ? recovery::exportWithBackupPassphrase(packagePath, secret, selectedCommitIdentifier, destinationPath)
+            : recovery::exportWithRecoveryKey(packagePath, secret, selectedCommitIdentifier, destinationPath);
     if (!result) return std::unexpected(mapExportError(result.error()));
     return std::move(*result);
   };
@@ -131,18 +136,24 @@ RecoveryToolError LiveBackend::mapInspectionError(const keys::RecoveryKeyMnemoni
 RecoveryToolError LiveBackend::mapInspectionError(recovery::RecoveryPackageInspectorError error) {
   using Error = recovery::RecoveryPackageInspectorError;
   switch (error) {
-    case Error::invalidPackage: return RecoveryToolError::invalidPackage;
-    case Error::unlockFailed: return RecoveryToolError::unlockFailed;
-    case Error::packageUnavailable: return RecoveryToolError::packageUnavailable;
-    case Error::resourceLimitExceeded: return RecoveryToolError::resourceLimitExceeded;
-    case Error::integrityFailure: return RecoveryToolError::integrityFailure;
+    case Error::invalidPackage:
+      return RecoveryToolError::invalidPackage;
+    case Error::unlockFailed:
+      return RecoveryToolError::unlockFailed;
+    case Error::packageUnavailable:
+      return RecoveryToolError::packageUnavailable;
+    case Error::resourceLimitExceeded:
+      return RecoveryToolError::resourceLimitExceeded;
+    case Error::integrityFailure:
+      return RecoveryToolError::integrityFailure;
   }
   return RecoveryToolError::integrityFailure;
 }
 
 RecoveryToolError LiveBackend::mapInspectionError(RecoveryToolBackendError error) {
   switch (error) {
-    case RecoveryToolBackendError::invalidCredential: return RecoveryToolError::invalidCredential;
+    case RecoveryToolBackendError::invalidCredential:
+      return RecoveryToolError::invalidCredential;
   }
   return RecoveryToolError::integrityFailure;
 }
@@ -150,14 +161,22 @@ RecoveryToolError LiveBackend::mapInspectionError(RecoveryToolBackendError error
 RecoveryToolError LiveBackend::mapExportError(recovery::RecoveryExporterError error) {
   using Error = recovery::RecoveryExporterError;
   switch (error) {
-    case Error::invalidPackage: return RecoveryToolError::invalidPackage;
-    case Error::unlockFailed: return RecoveryToolError::unlockFailed;
-    case Error::snapshotNotFound: return RecoveryToolError::snapshotSelectionNotFound;
-    case Error::destinationExists: return RecoveryToolError::destinationExists;
-    case Error::destinationUnavailable: return RecoveryToolError::destinationUnavailable;
-    case Error::resourceLimitExceeded: return RecoveryToolError::resourceLimitExceeded;
-    case Error::integrityFailure: return RecoveryToolError::integrityFailure;
-    case Error::outputWriteFailed: return RecoveryToolError::outputWriteFailed;
+    case Error::invalidPackage:
+      return RecoveryToolError::invalidPackage;
+    case Error::unlockFailed:
+      return RecoveryToolError::unlockFailed;
+    case Error::snapshotNotFound:
+      return RecoveryToolError::snapshotSelectionNotFound;
+    case Error::destinationExists:
+      return RecoveryToolError::destinationExists;
+    case Error::destinationUnavailable:
+      return RecoveryToolError::destinationUnavailable;
+    case Error::resourceLimitExceeded:
+      return RecoveryToolError::resourceLimitExceeded;
+    case Error::integrityFailure:
+      return RecoveryToolError::integrityFailure;
+    case Error::outputWriteFailed:
+      return RecoveryToolError::outputWriteFailed;
   }
   return RecoveryToolError::integrityFailure;
 }

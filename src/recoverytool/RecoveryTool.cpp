@@ -24,9 +24,7 @@ namespace {
 
 using Outcome = std::expected<RecoveryToolExecution, RecoveryToolError>;
 
-RecoveryToolExecution standardOutput(std::string_view text) {
-  return {0, ByteText::bytes(text), {}};
-}
+RecoveryToolExecution standardOutput(std::string_view text) { return {0, ByteText::bytes(text), {}}; }
 
 // The one place where an error becomes output.
 RecoveryToolExecution failure(RecoveryToolError error) {
@@ -59,7 +57,8 @@ Outcome selfTest() {
 Outcome verifyGolden(const std::filesystem::path& fixturePath) {
   const auto vectorCount = fixtures::RecoveryFixtureVerifier::verifyGoldenFixture(fixturePath);
   if (!vectorCount) return std::unexpected(RecoveryToolError::compatibilityVerificationFailed);
-  return standardOutput("Galdrine recovery verified " + std::to_string(*vectorCount) + " synthetic V1 golden vectors.\n");
+  return standardOutput("Galdrine recovery verified " + std::to_string(*vectorCount) +
+                        " synthetic V1 golden vectors.\n");
 }
 
 Outcome verifyFixtures(const std::filesystem::path& indexPath) {
@@ -76,8 +75,10 @@ std::expected<Bytes, RecoveryToolError> readCredential(credential::CredentialRea
   auto credential = credential::BoundedCredentialRead::read(reader, request.factor, request.credentialInput);
   if (credential) return std::move(*credential);
   switch (credential.error()) {
-    case credential::BoundedCredentialReadError::unavailable: return std::unexpected(RecoveryToolError::credentialUnavailable);
-    case credential::BoundedCredentialReadError::invalid: return std::unexpected(RecoveryToolError::invalidCredential);
+    case credential::BoundedCredentialReadError::unavailable:
+      return std::unexpected(RecoveryToolError::credentialUnavailable);
+    case credential::BoundedCredentialReadError::invalid:
+      return std::unexpected(RecoveryToolError::invalidCredential);
   }
   std::unreachable();
 }
@@ -127,8 +128,12 @@ Outcome run(const Command& command, credential::CredentialReading& reader, Recov
     RecoveryToolBackend& backend;
     Outcome operator()(const Command::VerifyGolden& golden) const { return verifyGolden(golden.fixturePath); }
     Outcome operator()(const Command::VerifyFixtures& fixtures) const { return verifyFixtures(fixtures.indexPath); }
-    Outcome operator()(const Command::Inspect& inspectCommand) const { return inspect(inspectCommand.request, reader, backend); }
-    Outcome operator()(const Command::Export& exportCommand) const { return exportSnapshot(exportCommand.request, reader, backend); }
+    Outcome operator()(const Command::Inspect& inspectCommand) const {
+      return inspect(inspectCommand.request, reader, backend);
+    }
+    Outcome operator()(const Command::Export& exportCommand) const {
+      return exportSnapshot(exportCommand.request, reader, backend);
+    }
     Outcome operator()(const Command::Help&) const { return standardOutput(recoveryToolUsageText); }
     Outcome operator()(const Command::SelfTest&) const { return selfTest(); }
   };

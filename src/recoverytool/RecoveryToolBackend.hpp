@@ -6,9 +6,9 @@
 #include <expected>
 #include <filesystem>
 
+#include "envelope/PortableKeyFactorV1.hpp"
 #include "platform/Bytes.hpp"
 #include "recovery/export/RecoveryExportResult.hpp"
-#include "envelope/PortableKeyFactorV1.hpp"
 #include "recoverytool/RecoveryToolError.hpp"
 #include "recoverytool/RecoveryToolInspection.hpp"
 

@@ -31,9 +31,7 @@ bool anyArgument(Arguments arguments, bool (*matches)(std::string_view)) {
   return std::ranges::any_of(arguments, [&](const std::string& argument) { return matches(argument); });
 }
 
-bool namesAppCode(std::string_view argument) {
-  return argument == "--app-code" || argument.starts_with("--app-code=");
-}
+bool namesAppCode(std::string_view argument) { return argument == "--app-code" || argument.starts_with("--app-code="); }
 
 // A bare "--backup-passphrase" or "--recovery-key" only selects the factor and passes here.
 bool carriesCredential(std::string_view argument) {
@@ -68,9 +66,9 @@ std::expected<RecoveryRequest, RecoveryToolError> parseRecoveryRequest(Arguments
   if (!packageArgument || !factor) return invalidArguments();
   auto packagePath = filePath(*packageArgument);
   if (!packagePath) return std::unexpected(packagePath.error());
-  return RecoveryRequest{*packagePath, *factor,
-                         standardInput ? credential::CredentialInput::standardInput
-                                       : credential::CredentialInput::hiddenTerminal};
+  return RecoveryRequest{
+      *packagePath, *factor,
+      standardInput ? credential::CredentialInput::standardInput : credential::CredentialInput::hiddenTerminal};
 }
 
 // parseExportRequest takes "--snapshot" and "--destination" with the token after each, whatever
@@ -130,7 +128,8 @@ std::expected<Command, RecoveryToolError> parseCommandWord(Arguments arguments) 
 std::expected<Command, RecoveryToolError> parse(Arguments arguments) {
   // A bare invocation runs the self-test rather than printing the usage.
   if (arguments.empty() || isOnly(arguments, "self-test")) return Command{Command::SelfTest{}};
-  if (isOnly(arguments, "help") || isOnly(arguments, "--help") || isOnly(arguments, "-h")) return Command{Command::Help{}};
+  if (isOnly(arguments, "help") || isOnly(arguments, "--help") || isOnly(arguments, "-h"))
+    return Command{Command::Help{}};
   // The device-bound code is refused before anything else, wherever it stands.
   if (anyArgument(arguments, namesAppCode)) return std::unexpected(RecoveryToolError::appCodeForbidden);
   if (anyArgument(arguments, carriesCredential)) return std::unexpected(RecoveryToolError::credentialInArguments);

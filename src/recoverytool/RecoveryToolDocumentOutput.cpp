@@ -13,8 +13,8 @@ namespace {
 using JSON = nlohmann::json;
 
 JSON toJSON(const CountsDocument& counts) {
-  return {{"items", counts.items},         {"resources", counts.resources},     {"folders", counts.folders},
-          {"albums", counts.albums},       {"memberships", counts.memberships}, {"tombstones", counts.tombstones}};
+  return {{"items", counts.items},   {"resources", counts.resources},     {"folders", counts.folders},
+          {"albums", counts.albums}, {"memberships", counts.memberships}, {"tombstones", counts.tombstones}};
 }
 
 JSON toJSON(const PayloadEvidenceDocument& evidence) {

@@ -22,9 +22,13 @@ class RecoveryToolBranchDisposition {
   static RecoveryToolBranchDisposition canonicalizedBranches(Bytes canonicalTipIdentifier) {
     return RecoveryToolBranchDisposition(Kind::canonicalizedBranches, std::move(canonicalTipIdentifier));
   }
-  static RecoveryToolBranchDisposition noPublishedHead() { return RecoveryToolBranchDisposition(Kind::noPublishedHead, {}); }
+  static RecoveryToolBranchDisposition noPublishedHead() {
+    return RecoveryToolBranchDisposition(Kind::noPublishedHead, {});
+  }
   static RecoveryToolBranchDisposition singleBranch() { return RecoveryToolBranchDisposition(Kind::singleBranch, {}); }
-  static RecoveryToolBranchDisposition unresolvedFork() { return RecoveryToolBranchDisposition(Kind::unresolvedFork, {}); }
+  static RecoveryToolBranchDisposition unresolvedFork() {
+    return RecoveryToolBranchDisposition(Kind::unresolvedFork, {});
+  }
 
   [[nodiscard]] Kind kind() const { return kind_; }
   // canonicalTipIdentifier is empty for every case but canonicalizedBranches.

@@ -14,9 +14,9 @@
 #include <string>
 #include <string_view>
 
-#include "writer/BackupWriterFailure.hpp"
 #include "format/package/BackupPackageV1.hpp"
 #include "platform/Bytes.hpp"
+#include "writer/BackupWriterFailure.hpp"
 
 namespace galdrine::writer {
 
@@ -26,7 +26,8 @@ namespace BackupArtifactFile {
 // its path. A name that is already taken, by anything, is EEXIST and stays as it was. A failed
 // file call gives its errno; a staged file that reads back otherwise is EIO.
 [[nodiscard]] std::expected<std::filesystem::path, BackupWriterFailure> writeOnce(
-    const format::BackupPackageV1& package, std::string_view directoryName, const std::string& fileName, ByteView bytes);
+    const format::BackupPackageV1& package, std::string_view directoryName, const std::string& fileName,
+    ByteView bytes);
 
 }  // namespace BackupArtifactFile
 

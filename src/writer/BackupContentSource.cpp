@@ -29,8 +29,7 @@ BackupContentSource BackupContentSource::generated(std::uint64_t byteCount, Gene
   return BackupContentSource(Generated{byteCount, std::move(generator)});
 }
 
-std::expected<BackupContentReader, BackupWriterError> BackupContentReader::open(
-    const BackupContentSource& source) {
+std::expected<BackupContentReader, BackupWriterError> BackupContentReader::open(const BackupContentSource& source) {
   if (const auto* generated = std::get_if<BackupContentSource::Generated>(&source.content_))
     return BackupContentReader(source, platform::FileDescriptor(), generated->byteCount);
   const auto& filePath = std::get<std::filesystem::path>(source.content_);

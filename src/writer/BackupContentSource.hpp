@@ -15,9 +15,9 @@
 #include <span>
 #include <variant>
 
-#include "writer/BackupWriterFailure.hpp"
 #include "platform/Bytes.hpp"
 #include "platform/FileDescriptor.hpp"
+#include "writer/BackupWriterFailure.hpp"
 
 namespace galdrine::writer {
 
@@ -52,8 +52,7 @@ class BackupContentReader {
  public:
   // open makes a source readable and learns its length: a file must open and be a regular file
   // (contentUnavailable).
-  [[nodiscard]] static std::expected<BackupContentReader, BackupWriterError> open(
-      const BackupContentSource& source);
+  [[nodiscard]] static std::expected<BackupContentReader, BackupWriterError> open(const BackupContentSource& source);
 
   [[nodiscard]] std::uint64_t byteCount() const { return byteCount_; }
   [[nodiscard]] std::uint64_t position() const { return position_; }

@@ -12,11 +12,11 @@
 #include <string>
 #include <vector>
 
-#include "writer/BackupContentSource.hpp"
-#include "format/manifest/BackupAlbumRecordV1.hpp"
 #include "format/graph/BackupIdentifierV1.hpp"
+#include "format/manifest/BackupAlbumRecordV1.hpp"
 #include "format/manifest/BackupMediaItemRecordV1.hpp"
 #include "format/manifest/BackupMediaResourceRecordV1.hpp"
+#include "writer/BackupContentSource.hpp"
 
 namespace galdrine::writer {
 

@@ -20,8 +20,8 @@ using Failure = BackupWriterFailure;
 }
 
 [[nodiscard]] std::expected<std::optional<Commit>, Failure> resolveParent(std::span<const Commit> commits,
-                                                                        const format::BackupCommitGraphScan& scan,
-                                                                        const BackupCommitRequest& request) {
+                                                                          const format::BackupCommitGraphScan& scan,
+                                                                          const BackupCommitRequest& request) {
   using Kind = BackupCommitParent::Kind;
   switch (request.parent.kind) {
     case Kind::root:
@@ -45,9 +45,9 @@ using Failure = BackupWriterFailure;
 // gatheredTips gathers the parent's tips, the named ones and, when healing, every retained
 // tip but the parent, each once, ascending.
 [[nodiscard]] std::expected<std::vector<Commit>, Failure> gatheredTips(std::span<const Commit> commits,
-                                                                         const format::BackupCommitGraphScan& scan,
-                                                                         const std::optional<Commit>& parent,
-                                                                         const BackupCommitRequest& request) {
+                                                                       const format::BackupCommitGraphScan& scan,
+                                                                       const std::optional<Commit>& parent,
+                                                                       const BackupCommitRequest& request) {
   std::vector<Bytes> identifiers;
   if (parent) {
     for (const auto& tip : parent->commit().acknowledgedAlternateTips()) identifiers.push_back(tip.identifier());
@@ -77,9 +77,9 @@ using Failure = BackupWriterFailure;
 
 }  // namespace
 
-std::expected<BackupLineage, Failure> BackupLineage::resolve(
-    std::span<const Commit> commits, std::span<const format::AuthenticatedBackupHead> heads,
-    const BackupCommitRequest& request) {
+std::expected<BackupLineage, Failure> BackupLineage::resolve(std::span<const Commit> commits,
+                                                             std::span<const format::AuthenticatedBackupHead> heads,
+                                                             const BackupCommitRequest& request) {
   const auto scan = format::BackupCommitGraph::scan(commits, heads);
   if (!scan) return backupWriterFailure(scan.error());
   auto parent = resolveParent(commits, *scan, request);
@@ -108,8 +108,8 @@ std::expected<BackupLineage, Failure> BackupLineage::resolve(
 }
 
 std::expected<void, Failure> BackupLineage::standsIn(std::span<const Commit> commits,
-                                                               std::span<const format::AuthenticatedBackupHead> heads,
-                                                               const format::BackupIdentifierV1& commitIdentifier) const {
+                                                     std::span<const format::AuthenticatedBackupHead> heads,
+                                                     const format::BackupIdentifierV1& commitIdentifier) const {
   const Bytes identifier(commitIdentifier.begin(), commitIdentifier.end());
   const Bytes standInDigest(32, 0);
   const Bytes standInIdentifier(16, 0);
@@ -126,7 +126,8 @@ std::expected<void, Failure> BackupLineage::standsIn(std::span<const Commit> com
   if (!authenticated) return backupWriterFailure(authenticated.error());
   std::vector<Commit> extended(commits.begin(), commits.end());
   extended.push_back(std::move(*authenticated));
-  if (const auto scan = format::BackupCommitGraph::scan(extended, heads); !scan) return backupWriterFailure(scan.error());
+  if (const auto scan = format::BackupCommitGraph::scan(extended, heads); !scan)
+    return backupWriterFailure(scan.error());
   return {};
 }
 

@@ -12,10 +12,10 @@
 #include <span>
 #include <vector>
 
-#include "writer/BackupCommitRequest.hpp"
-#include "writer/BackupWriterFailure.hpp"
 #include "format/graph/AuthenticatedBackupCommit.hpp"
 #include "format/graph/AuthenticatedBackupHead.hpp"
+#include "writer/BackupCommitRequest.hpp"
+#include "writer/BackupWriterFailure.hpp"
 
 namespace galdrine::writer {
 
@@ -38,8 +38,8 @@ struct BackupLineage {
   // (the commit graph's errors). Its snapshot and digests are stand-ins: the graph's rules do
   // not look at them.
   [[nodiscard]] std::expected<void, BackupWriterFailure> standsIn(
-      std::span<const format::AuthenticatedBackupCommit> commits, std::span<const format::AuthenticatedBackupHead> heads,
-      const format::BackupIdentifierV1& commitIdentifier) const;
+      std::span<const format::AuthenticatedBackupCommit> commits,
+      std::span<const format::AuthenticatedBackupHead> heads, const format::BackupIdentifierV1& commitIdentifier) const;
 
   // resolve, in this order: the package's graph (the commit graph's errors); the parent, which
   // is the canonical tip (readOnlyFork on an unsettled fork, unless healing, which builds on

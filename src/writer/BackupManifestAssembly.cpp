@@ -4,9 +4,9 @@
 #include <bit>
 #include <unordered_set>
 
-#include "format/header/BackupFormatV1.hpp"
 #include "format/graph/BackupGraphV1.hpp"
 #include "format/graph/BackupIdentifierHasher.hpp"
+#include "format/header/BackupFormatV1.hpp"
 #include "format/manifest/BackupManifestRecordCodecV1.hpp"
 
 namespace galdrine::writer {
@@ -53,8 +53,7 @@ void appendKeys(std::vector<Record>& records, const BackupPayloadPlan& plan) {
   }
 }
 
-[[nodiscard]] std::expected<void, Failure> appendItem(std::vector<Record>& records,
-                                                      const BackupItemDescription& item) {
+[[nodiscard]] std::expected<void, Failure> appendItem(std::vector<Record>& records, const BackupItemDescription& item) {
   std::vector<format::BackupIdentifierV1> identifiers;
   for (const auto& resource : item.resources) identifiers.push_back(resource.identifier);
   const auto resourceIdentifiers = sortedViews(identifiers);
@@ -78,16 +77,16 @@ void appendKeys(std::vector<Record>& records, const BackupPayloadPlan& plan) {
   if (description.durationSeconds) durationBits = std::bit_cast<std::uint64_t>(*description.durationSeconds);
   return append(records, format::BackupMediaResourceRecordV1::make(
                              {description.identifier, planned.item->identifier, description.role,
-                              description.uniformTypeIdentifier, planned.plaintextByteCount, width, height, durationBits,
-                              planned.plaintextSHA256, planned.payloadKeyIdentifier, planned.parts}));
+                              description.uniformTypeIdentifier, planned.plaintextByteCount, width, height,
+                              durationBits, planned.plaintextSHA256, planned.payloadKeyIdentifier, planned.parts}));
 }
 
 [[nodiscard]] std::expected<void, Failure> appendArrangement(std::vector<Record>& records,
                                                              const BackupLibrarySnapshot& library) {
   for (const auto& folder : library.folders) {
-    if (auto done = append(records, format::BackupAlbumFolderRecordV1::make({folder.identifier,
-                                                                            optionalView(folder.parentFolderIdentifier),
-                                                                            folder.name, folder.manualPosition}));
+    if (auto done = append(records, format::BackupAlbumFolderRecordV1::make(
+                                        {folder.identifier, optionalView(folder.parentFolderIdentifier), folder.name,
+                                         folder.manualPosition}));
         !done)
       return done;
   }
@@ -108,8 +107,9 @@ void appendKeys(std::vector<Record>& records, const BackupPayloadPlan& plan) {
   }
   for (const auto& tombstone : library.tombstones) {
     const auto resourceIdentifiers = sortedViews(tombstone.resourceIdentifiers);
-    if (auto done = append(records, format::BackupTombstoneRecordV1::make(
-                                        {tombstone.itemIdentifier, tombstone.deletedAtUTCMilliseconds, resourceIdentifiers}));
+    if (auto done =
+            append(records, format::BackupTombstoneRecordV1::make(
+                                {tombstone.itemIdentifier, tombstone.deletedAtUTCMilliseconds, resourceIdentifiers}));
         !done)
       return done;
   }
@@ -173,8 +173,9 @@ std::expected<std::vector<format::BackupManifestSectionV1>, Failure> sections(
     auto blob = format::BackupManifestRecordCodecV1::recordBlob(record);
     if (!blob) return backupWriterFailure(blob.error());
     const std::uint64_t blobByteCount = blob->sortKey().size() + blob->canonicalRecord().size() + blobOverheadByteCount;
-    const bool startsNew = !open || open->kind != record.kind() || open->blobs.size() >= layout.maximumSectionRecordCount ||
-                           open->estimatedByteCount + blobByteCount > format::BackupFormatV1::maximumManifestSectionPlaintextByteCount;
+    const bool startsNew =
+        !open || open->kind != record.kind() || open->blobs.size() >= layout.maximumSectionRecordCount ||
+        open->estimatedByteCount + blobByteCount > format::BackupFormatV1::maximumManifestSectionPlaintextByteCount;
     if (startsNew) {
       if (auto done = close(); !done) return std::unexpected(done.error());
       open = SectionCut{record.kind(), {}, sectionOverheadByteCount};

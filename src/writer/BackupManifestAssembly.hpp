@@ -9,12 +9,12 @@
 #include <functional>
 #include <vector>
 
+#include "format/graph/BackupManifestSectionV1.hpp"
+#include "format/manifest/BackupManifestRecordV1.hpp"
 #include "writer/BackupLibrarySnapshot.hpp"
 #include "writer/BackupPayloadLayout.hpp"
 #include "writer/BackupPayloadPlan.hpp"
 #include "writer/BackupWriterFailure.hpp"
-#include "format/manifest/BackupManifestRecordV1.hpp"
-#include "format/graph/BackupManifestSectionV1.hpp"
 
 namespace galdrine::writer {
 

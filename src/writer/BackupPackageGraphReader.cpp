@@ -4,10 +4,10 @@
 #include <optional>
 #include <string>
 
-#include "format/header/BackupFormatV1.hpp"
-#include "format/package/BoundedDirectoryListing.hpp"
 #include "format/graph/BackupGraphV1.hpp"
+#include "format/header/BackupFormatV1.hpp"
 #include "format/manifest/BackupManifestRecordCodecV1.hpp"
+#include "format/package/BoundedDirectoryListing.hpp"
 #include "platform/Files.hpp"
 
 namespace galdrine::writer {
@@ -22,7 +22,8 @@ constexpr std::int64_t maximumListedNameCount = 20000;
 constexpr std::size_t maximumDiscoveredFrameByteCount = 66560;
 constexpr std::uint64_t frameOverheadByteCount = 1024;
 
-[[nodiscard]] std::expected<fs::path, Failure> directoryOf(const format::BackupPackageV1& package, std::string_view name) {
+[[nodiscard]] std::expected<fs::path, Failure> directoryOf(const format::BackupPackageV1& package,
+                                                           std::string_view name) {
   auto directory = package.directoryPath(name);
   if (!directory) return backupWriterFailure(format::BackupPackageV1Failure(directory.error()));
   return std::move(*directory);
@@ -49,8 +50,8 @@ template <typename FileName>
 // listedIdentifiers gives the identifiers of a graph directory in ascending byte order.
 template <typename FileName>
 [[nodiscard]] std::expected<std::vector<Bytes>, Failure> listedIdentifiers(const fs::path& directory,
-                                                                          std::string_view extension,
-                                                                          const FileName& fileName) {
+                                                                           std::string_view extension,
+                                                                           const FileName& fileName) {
   const auto names = format::BoundedDirectoryListing::names(directory, maximumListedNameCount);
   if (!names) return backupWriterFailure(Error::unreadablePackage);
   std::vector<Bytes> identifiers;
@@ -66,9 +67,9 @@ template <typename FileName>
 
 template <typename Authenticated, typename FileName, typename Open>
 [[nodiscard]] std::expected<std::vector<Authenticated>, Failure> discover(const format::BackupPackageV1& package,
-                                                                         std::string_view directoryName,
-                                                                         std::string_view extension,
-                                                                         const FileName& fileName, const Open& open) {
+                                                                          std::string_view directoryName,
+                                                                          std::string_view extension,
+                                                                          const FileName& fileName, const Open& open) {
   const auto directory = directoryOf(package, directoryName);
   if (!directory) return std::unexpected(directory.error());
   const auto identifiers = listedIdentifiers(*directory, extension, fileName);
@@ -95,7 +96,8 @@ struct OpenedArtifact {
 template <typename FileName>
 [[nodiscard]] std::expected<OpenedArtifact, Failure> readReferenced(const fs::path& directory,
                                                                     const format::BackupArtifactReferenceV1& reference,
-                                                                    std::uint64_t plaintextLimit, const FileName& fileName) {
+                                                                    std::uint64_t plaintextLimit,
+                                                                    const FileName& fileName) {
   if (reference.frameByteCount() > plaintextLimit + frameOverheadByteCount)
     return backupWriterFailure(Error::unreadablePackage);
   const auto name = fileName(reference.identifier());
@@ -117,7 +119,7 @@ std::expected<std::vector<format::AuthenticatedBackupCommit>, Failure> discoverC
                                                        libraryDomainIdentifier, bpmk);
   };
   return discover<format::AuthenticatedBackupCommit>(package, "commits", format::BackupFormatV1::commitFileExtension,
-                                                       format::BackupGraphV1::commitFileName, open);
+                                                     format::BackupGraphV1::commitFileName, open);
 }
 
 std::expected<std::vector<format::AuthenticatedBackupHead>, Failure> discoverHeads(
@@ -127,12 +129,12 @@ std::expected<std::vector<format::AuthenticatedBackupHead>, Failure> discoverHea
                                                      libraryDomainIdentifier, bpmk);
   };
   return discover<format::AuthenticatedBackupHead>(package, "heads", format::BackupFormatV1::headFileExtension,
-                                                     format::BackupGraphV1::headFileName, open);
+                                                   format::BackupGraphV1::headFileName, open);
 }
 
 std::expected<BackupStoredManifest, Failure> readManifest(const format::BackupPackageV1& package,
-                                                                    const format::BackupCommitV1& commit,
-                                                                    ByteView libraryDomainIdentifier, ByteView bpmk) {
+                                                          const format::BackupCommitV1& commit,
+                                                          ByteView libraryDomainIdentifier, ByteView bpmk) {
   const ByteView packageIdentifier = package.header().packageIdentifier();
   const auto snapshots = directoryOf(package, "snapshots");
   if (!snapshots) return std::unexpected(snapshots.error());
@@ -155,12 +157,12 @@ std::expected<BackupStoredManifest, Failure> readManifest(const format::BackupPa
                                                       libraryDomainIdentifier, bpmk);
   if (!root) return backupWriterFailure(root.error());
 
-  BackupStoredManifest stored{std::move(*snapshot), snapshotArtifact->file, std::move(*root),
-                                        rootArtifact->file, {}, {}};
+  BackupStoredManifest stored{
+      std::move(*snapshot), snapshotArtifact->file, std::move(*root), rootArtifact->file, {}, {}};
   for (const auto& reference : stored.root.sections()) {
-    const auto sectionArtifact =
-        readReferenced(*manifests, reference.artifact(),
-                       format::BackupFormatV1::maximumManifestSectionPlaintextByteCount, format::BackupGraphV1::manifestFileName);
+    const auto sectionArtifact = readReferenced(*manifests, reference.artifact(),
+                                                format::BackupFormatV1::maximumManifestSectionPlaintextByteCount,
+                                                format::BackupGraphV1::manifestFileName);
     if (!sectionArtifact) return std::unexpected(sectionArtifact.error());
     const auto section = format::BackupGraphV1::openManifestSection(
         sectionArtifact->frame, reference, stored.root.identifier(), packageIdentifier, libraryDomainIdentifier, bpmk);

@@ -9,14 +9,14 @@
 #include <filesystem>
 #include <vector>
 
-#include "writer/BackupWriterFailure.hpp"
-#include "format/package/BackupPackageV1.hpp"
 #include "format/graph/AuthenticatedBackupCommit.hpp"
 #include "format/graph/AuthenticatedBackupHead.hpp"
-#include "format/manifest/BackupManifestRecordV1.hpp"
 #include "format/graph/BackupManifestRootV1.hpp"
 #include "format/graph/BackupSnapshotV1.hpp"
+#include "format/manifest/BackupManifestRecordV1.hpp"
+#include "format/package/BackupPackageV1.hpp"
 #include "platform/Bytes.hpp"
+#include "writer/BackupWriterFailure.hpp"
 
 namespace galdrine::writer {
 
@@ -36,8 +36,8 @@ namespace BackupPackageGraphReader {
 // every name to be the canonical file name of an identifier (unreadablePackage), read each file
 // as a regular file of 1 to 66,560 bytes without following a link (unreadablePackage), and
 // open it as a discovered commit or head (the graph's error). Results ascend by identifier.
-[[nodiscard]] std::expected<std::vector<format::AuthenticatedBackupCommit>, BackupWriterFailure>
-discoverCommits(const format::BackupPackageV1& package, ByteView libraryDomainIdentifier, ByteView bpmk);
+[[nodiscard]] std::expected<std::vector<format::AuthenticatedBackupCommit>, BackupWriterFailure> discoverCommits(
+    const format::BackupPackageV1& package, ByteView libraryDomainIdentifier, ByteView bpmk);
 [[nodiscard]] std::expected<std::vector<format::AuthenticatedBackupHead>, BackupWriterFailure> discoverHeads(
     const format::BackupPackageV1& package, ByteView libraryDomainIdentifier, ByteView bpmk);
 

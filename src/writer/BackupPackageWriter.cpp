@@ -5,14 +5,14 @@
 #include <algorithm>
 #include <system_error>
 
-#include "writer/BackupArtifactFile.hpp"
-#include "writer/BackupPackageGraphReader.hpp"
-#include "format/graph/BackupCommitGraph.hpp"
-#include "format/graph/BackupGraphV1.hpp"
-#include "platform/SecureMemory.hpp"
-#include "platform/ScopeGuard.hpp"
 #include "envelope/BackupPassphrasePolicy.hpp"
 #include "envelope/PortableKeyEnvelopeV1.hpp"
+#include "format/graph/BackupCommitGraph.hpp"
+#include "format/graph/BackupGraphV1.hpp"
+#include "platform/ScopeGuard.hpp"
+#include "platform/SecureMemory.hpp"
+#include "writer/BackupArtifactFile.hpp"
+#include "writer/BackupPackageGraphReader.hpp"
 
 namespace galdrine::writer {
 
@@ -57,8 +57,8 @@ template <typename Seal>
   if (!artifactIdentifier) return backupWriterFailure(artifactIdentifier.error());
   const auto keySlotIdentifier = sources.identifier();
   if (!keySlotIdentifier) return backupWriterFailure(keySlotIdentifier.error());
-  const auto context = envelope::PortableKeyEnvelopeContextV1::make(header, libraryDomainIdentifier, *artifactIdentifier,
-                                                                 *keySlotIdentifier, envelopeGeneration);
+  const auto context = envelope::PortableKeyEnvelopeContextV1::make(
+      header, libraryDomainIdentifier, *artifactIdentifier, *keySlotIdentifier, envelopeGeneration);
   if (!context) return backupWriterFailure(context.error());
   const auto envelope = seal(*context);
   if (!envelope) return backupWriterFailure(envelope.error());
@@ -68,15 +68,16 @@ template <typename Seal>
 }
 
 [[nodiscard]] std::expected<envelope::BackupKeyEnvelopeSetV1, Failure> sealedEnvelopeSet(
-    const format::BackupFormatHeaderV1& header, const format::BackupIdentifierV1& libraryDomainIdentifier, ByteView bpmk,
-    const BackupPackageCredentials& credentials, const BackupWriterSources& sources) {
+    const format::BackupFormatHeaderV1& header, const format::BackupIdentifierV1& libraryDomainIdentifier,
+    ByteView bpmk, const BackupPackageCredentials& credentials, const BackupWriterSources& sources) {
   std::vector<envelope::BackupKeyEnvelopeEntryV1> entries;
   if (credentials.backupPassphrase) {
     const auto profile =
         envelope::BackupPassphraseKDFProfileV1::make(passphraseOperationsLimit, passphraseMemoryLimitBytes);
     if (!profile) return backupWriterFailure(EnvelopeError::invalidDerivationProfile());
     auto entry = sealedEntry(header, libraryDomainIdentifier, sources, [&](const auto& context) {
-      return envelope::PortableKeyEnvelopeV1::sealWithBackupPassphrase(bpmk, *credentials.backupPassphrase, *profile, context);
+      return envelope::PortableKeyEnvelopeV1::sealWithBackupPassphrase(bpmk, *credentials.backupPassphrase, *profile,
+                                                                       context);
     });
     if (!entry) return std::unexpected(entry.error());
     entries.push_back(std::move(*entry));
@@ -88,7 +89,8 @@ template <typename Seal>
     if (!entry) return std::unexpected(entry.error());
     entries.push_back(std::move(*entry));
   }
-  auto set = envelope::BackupKeyEnvelopeSetV1::make(header.packageIdentifier(), libraryDomainIdentifier, std::move(entries));
+  auto set =
+      envelope::BackupKeyEnvelopeSetV1::make(header.packageIdentifier(), libraryDomainIdentifier, std::move(entries));
   if (!set) return backupWriterFailure(set.error());
   return std::move(*set);
 }
@@ -101,10 +103,9 @@ template <typename Open>
   const auto entry = set.activeEntry(factor);
   if (!entry) return backupWriterFailure(Error::credentialFactorUnavailable);
   const auto& metadata = entry->metadata();
-  const auto context =
-      envelope::PortableKeyEnvelopeContextV1::make(package.header(), set.libraryDomainIdentifier(),
-                                                 metadata.artifactIdentifier(), metadata.keySlotIdentifier(),
-                                                 metadata.generation());
+  const auto context = envelope::PortableKeyEnvelopeContextV1::make(
+      package.header(), set.libraryDomainIdentifier(), metadata.artifactIdentifier(), metadata.keySlotIdentifier(),
+      metadata.generation());
   if (!context) return backupWriterFailure(context.error());
   auto bpmk = open(entry->envelope(), *context);
   if (!bpmk) return backupWriterFailure(bpmk.error());
@@ -121,7 +122,8 @@ template <typename Open>
   const auto read = envelope::BackupKeyEnvelopeFileV1::read(*package);
   if (!read) return backupWriterFailure(read.error());
   const auto libraryDomainIdentifier = format::FixedBytes::identifier(read->envelopeSet.libraryDomainIdentifier());
-  if (!libraryDomainIdentifier) return backupWriterFailure(envelope::BackupKeyEnvelopeSetV1Error::invalidLibraryDomainIdentifier());
+  if (!libraryDomainIdentifier)
+    return backupWriterFailure(envelope::BackupKeyEnvelopeSetV1Error::invalidLibraryDomainIdentifier());
   auto bpmk = unlock(*package, read->envelopeSet, factor, open);
   if (!bpmk) return std::unexpected(bpmk.error());
   return openUnlocked(std::move(*package), std::move(settings), *libraryDomainIdentifier, std::move(*bpmk));
@@ -129,10 +131,9 @@ template <typename Open>
 
 }  // namespace
 
-BackupPackageWriter::BackupPackageWriter(format::BackupPackageV1 package,
-                                                             BackupWriterSettings settings,
-                                                             format::BackupIdentifierV1 libraryDomainIdentifier,
-                                                             format::BackupIdentifierV1 writerDeviceIdentifier, Bytes bpmk)
+BackupPackageWriter::BackupPackageWriter(format::BackupPackageV1 package, BackupWriterSettings settings,
+                                         format::BackupIdentifierV1 libraryDomainIdentifier,
+                                         format::BackupIdentifierV1 writerDeviceIdentifier, Bytes bpmk)
     : package_(std::move(package)),
       settings_(std::move(settings)),
       libraryDomainIdentifier_(libraryDomainIdentifier),
@@ -153,8 +154,8 @@ BackupPackageWriter::BackupPackageWriter(BackupPackageWriter&& other) noexcept
 BackupPackageWriter::~BackupPackageWriter() { platform::SecureMemory::wipe(bpmk_); }
 
 std::expected<Writer, Failure> BackupPackageWriter::create(const fs::path& packagePath,
-                                                                     const BackupPackageCredentials& credentials,
-                                                                     BackupWriterSettings settings) {
+                                                           const BackupPackageCredentials& credentials,
+                                                           BackupWriterSettings settings) {
   if (auto done = validateCredentials(credentials); !done) return std::unexpected(done.error());
   if (auto done = settings.layout.validate(); !done) return backupWriterFailure(done.error());
   const auto packageIdentifier = drawnIdentifier(settings.sources);
@@ -182,12 +183,14 @@ std::expected<Writer, Failure> BackupPackageWriter::create(const fs::path& packa
     return backupWriterFailure(written.error());
   removePackage.dismiss();
   wipeKey.dismiss();
-  Writer writer(std::move(*package), std::move(settings), *libraryDomainIdentifier, *writerDeviceIdentifier, std::move(*bpmk));
+  Writer writer(std::move(*package), std::move(settings), *libraryDomainIdentifier, *writerDeviceIdentifier,
+                std::move(*bpmk));
   return writer;
 }
 
-std::expected<Writer, Failure> BackupPackageWriter::openWithBackupPassphrase(
-    const fs::path& packagePath, ByteView passphrase, BackupWriterSettings settings) {
+std::expected<Writer, Failure> BackupPackageWriter::openWithBackupPassphrase(const fs::path& packagePath,
+                                                                             ByteView passphrase,
+                                                                             BackupWriterSettings settings) {
   const auto open = [&](ByteView envelope, const envelope::PortableKeyEnvelopeContextV1& context) {
     return envelope::PortableKeyEnvelopeV1::openWithBackupPassphrase(envelope, passphrase, context);
   };
@@ -195,8 +198,8 @@ std::expected<Writer, Failure> BackupPackageWriter::openWithBackupPassphrase(
 }
 
 std::expected<Writer, Failure> BackupPackageWriter::openWithRecoveryKey(const fs::path& packagePath,
-                                                                                  ByteView recoveryKey,
-                                                                                  BackupWriterSettings settings) {
+                                                                        ByteView recoveryKey,
+                                                                        BackupWriterSettings settings) {
   const auto open = [&](ByteView envelope, const envelope::PortableKeyEnvelopeContextV1& context) {
     return envelope::PortableKeyEnvelopeV1::openWithRecoveryKey(envelope, recoveryKey, context);
   };
@@ -204,9 +207,9 @@ std::expected<Writer, Failure> BackupPackageWriter::openWithRecoveryKey(const fs
 }
 
 std::expected<Writer, Failure> BackupPackageWriter::openUnlocked(format::BackupPackageV1 package,
-                                                                           BackupWriterSettings settings,
-                                                                           format::BackupIdentifierV1 libraryDomainIdentifier,
-                                                                           Bytes bpmk) {
+                                                                 BackupWriterSettings settings,
+                                                                 format::BackupIdentifierV1 libraryDomainIdentifier,
+                                                                 Bytes bpmk) {
   ScopeGuard wipeKey{[&] { platform::SecureMemory::wipe(bpmk); }};
   auto commits = BackupPackageGraphReader::discoverCommits(package, libraryDomainIdentifier, bpmk);
   if (!commits) return std::unexpected(commits.error());
@@ -217,24 +220,25 @@ std::expected<Writer, Failure> BackupPackageWriter::openUnlocked(format::BackupP
   const auto writerDeviceIdentifier = drawnIdentifier(settings.sources);
   if (!writerDeviceIdentifier) return std::unexpected(writerDeviceIdentifier.error());
   wipeKey.dismiss();
-  Writer writer(std::move(package), std::move(settings), libraryDomainIdentifier, *writerDeviceIdentifier, std::move(bpmk));
+  Writer writer(std::move(package), std::move(settings), libraryDomainIdentifier, *writerDeviceIdentifier,
+                std::move(bpmk));
   writer.commits_ = std::move(*commits);
   writer.heads_ = std::move(*heads);
   return writer;
 }
 
 const format::AuthenticatedBackupCommit* BackupPackageWriter::findCommit(ByteView identifier) const {
-  const auto found = std::ranges::find_if(commits_, [&](const auto& commit) {
-    return ByteOrder::equal(commit.reference().identifier(), identifier);
-  });
+  const auto found = std::ranges::find_if(
+      commits_, [&](const auto& commit) { return ByteOrder::equal(commit.reference().identifier(), identifier); });
   return found == commits_.end() ? nullptr : &*found;
 }
 
-std::expected<BackupWrittenHead, Failure> BackupPackageWriter::writeHead(const format::AuthenticatedBackupCommit& commit) {
+std::expected<BackupWrittenHead, Failure> BackupPackageWriter::writeHead(
+    const format::AuthenticatedBackupCommit& commit) {
   const auto identifier = drawnIdentifier(settings_.sources);
   if (!identifier) return std::unexpected(identifier.error());
-  const auto head = format::BackupHeadV1::make(bytesOf(*identifier), bytesOf(libraryDomainIdentifier_), commit.reference(),
-                                               settings_.sources.now());
+  const auto head = format::BackupHeadV1::make(bytesOf(*identifier), bytesOf(libraryDomainIdentifier_),
+                                               commit.reference(), settings_.sources.now());
   if (!head) return backupWriterFailure(head.error());
   const auto sealed = format::BackupGraphV1::sealHead(*head, package_.header().packageIdentifier(), bpmk_);
   if (!sealed) return backupWriterFailure(sealed.error());

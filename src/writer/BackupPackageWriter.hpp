@@ -26,6 +26,10 @@
 #include <utility>
 #include <vector>
 
+#include "format/graph/AuthenticatedBackupCommit.hpp"
+#include "format/graph/AuthenticatedBackupHead.hpp"
+#include "format/package/BackupPackageV1.hpp"
+#include "platform/Bytes.hpp"
 #include "writer/BackupCommitRequest.hpp"
 #include "writer/BackupLibrarySnapshot.hpp"
 #include "writer/BackupLineage.hpp"
@@ -33,10 +37,6 @@
 #include "writer/BackupWriterFailure.hpp"
 #include "writer/BackupWriterSources.hpp"
 #include "writer/BackupWrittenCommit.hpp"
-#include "format/package/BackupPackageV1.hpp"
-#include "format/graph/AuthenticatedBackupCommit.hpp"
-#include "format/graph/AuthenticatedBackupHead.hpp"
-#include "platform/Bytes.hpp"
 
 namespace galdrine::writer {
 
@@ -80,9 +80,8 @@ class BackupPackageWriter {
   // (credentialFactorUnavailable), its opening (the envelope's errors, authenticationFailed for
   // a wrong credential), and every commit and head in it (unreadablePackage, the graph's
   // errors), whose graph must be sound (the commit graph's errors).
-  [[nodiscard]] static std::expected<BackupPackageWriter, BackupWriterFailure>
-  openWithBackupPassphrase(const std::filesystem::path& packagePath, ByteView passphrase,
-                           BackupWriterSettings settings = {});
+  [[nodiscard]] static std::expected<BackupPackageWriter, BackupWriterFailure> openWithBackupPassphrase(
+      const std::filesystem::path& packagePath, ByteView passphrase, BackupWriterSettings settings = {});
   [[nodiscard]] static std::expected<BackupPackageWriter, BackupWriterFailure> openWithRecoveryKey(
       const std::filesystem::path& packagePath, ByteView recoveryKey, BackupWriterSettings settings = {});
 
@@ -120,8 +119,8 @@ class BackupPackageWriter {
 
  private:
   BackupPackageWriter(format::BackupPackageV1 package, BackupWriterSettings settings,
-                                format::BackupIdentifierV1 libraryDomainIdentifier,
-                                format::BackupIdentifierV1 writerDeviceIdentifier, Bytes bpmk);
+                      format::BackupIdentifierV1 libraryDomainIdentifier,
+                      format::BackupIdentifierV1 writerDeviceIdentifier, Bytes bpmk);
 
   [[nodiscard]] static std::expected<BackupPackageWriter, BackupWriterFailure> openUnlocked(
       format::BackupPackageV1 package, BackupWriterSettings settings,
@@ -132,12 +131,11 @@ class BackupPackageWriter {
   // SnapshotToCommit is a stored snapshot with its manifest, ready for a commit to name it.
   struct SnapshotToCommit;
   [[nodiscard]] std::expected<BackupWrittenCommit, BackupWriterFailure> commitSnapshot(
-      const BackupLineage& lineage, const format::BackupIdentifierV1& commitIdentifier,
-      SnapshotToCommit snapshot, const BackupCommitRequest& request);
+      const BackupLineage& lineage, const format::BackupIdentifierV1& commitIdentifier, SnapshotToCommit snapshot,
+      const BackupCommitRequest& request);
   // writeCommitFile seals the commit, proves it sound in the graph, writes its file and adds it
   // to the known commits.
-  [[nodiscard]] std::expected<std::pair<format::AuthenticatedBackupCommit, std::filesystem::path>,
-                              BackupWriterFailure>
+  [[nodiscard]] std::expected<std::pair<format::AuthenticatedBackupCommit, std::filesystem::path>, BackupWriterFailure>
   writeCommitFile(const BackupLineage& lineage, const format::BackupIdentifierV1& commitIdentifier,
                   const SnapshotToCommit& snapshot);
   // writeHead publishes a head for the known commit `commit` under a drawn identifier, at the

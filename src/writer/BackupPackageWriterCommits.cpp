@@ -1,22 +1,21 @@
 // Writing commits: payloads, manifest, snapshot and commit of a library snapshot, or a second
 // commit of a snapshot already stored.
 
-#include "writer/BackupPackageWriter.hpp"
-
 #include <algorithm>
 #include <map>
 #include <set>
 
-#include "writer/BackupArtifactFile.hpp"
-#include "writer/BackupLineage.hpp"
-#include "writer/BackupManifestAssembly.hpp"
-#include "writer/BackupPackageGraphReader.hpp"
-#include "writer/BackupPayloadPlan.hpp"
-#include "writer/BackupPayloadWriting.hpp"
 #include "format/graph/BackupCommitGraph.hpp"
 #include "format/graph/BackupGraphV1.hpp"
 #include "format/manifest/BackupManifestRecordCodecV1.hpp"
 #include "format/payload/BackupPayloadV1.hpp"
+#include "writer/BackupArtifactFile.hpp"
+#include "writer/BackupLineage.hpp"
+#include "writer/BackupManifestAssembly.hpp"
+#include "writer/BackupPackageGraphReader.hpp"
+#include "writer/BackupPackageWriter.hpp"
+#include "writer/BackupPayloadPlan.hpp"
+#include "writer/BackupPayloadWriting.hpp"
 
 namespace galdrine::writer {
 
@@ -99,23 +98,22 @@ struct CheckedManifest {
 [[nodiscard]] std::expected<CheckedManifest, Failure> checkedManifest(
     const BackupLibrarySnapshot& library, const BackupPayloadPlan& plan, const Identifier& manifest,
     const Identifier& libraryDomainIdentifier, const BackupPayloadLayout& layout,
-    const BackupManifestAssembly::SectionIdentifierSource& sectionIdentifiers,
-    const BackupKeyScope& scope) {
+    const BackupManifestAssembly::SectionIdentifierSource& sectionIdentifiers, const BackupKeyScope& scope) {
   auto records = BackupManifestAssembly::records(library, plan);
   if (!records) return std::unexpected(records.error());
   auto sections =
       BackupManifestAssembly::sections(*records, manifest, libraryDomainIdentifier, layout, sectionIdentifiers);
   if (!sections) return std::unexpected(sections.error());
   auto summary = format::BackupManifestRecordCodecV1::validateAndSummarize(*sections, scope.packageIdentifier,
-                                                                          scope.libraryDomainIdentifier, scope.bpmk);
+                                                                           scope.libraryDomainIdentifier, scope.bpmk);
   if (!summary) return backupWriterFailure(summary.error());
   return CheckedManifest{std::move(*records), std::move(*sections), std::move(*summary)};
 }
 
 // summaryAgrees compares what the validator found with what the plan meant to store.
 [[nodiscard]] bool summaryAgrees(const format::BackupManifestSemanticSummary& summary,
-                                 const format::BackupManifestSemanticSummary& planned,
-                                 const BackupPayloadPlan& plan, const BackupLibrarySnapshot& library) {
+                                 const format::BackupManifestSemanticSummary& planned, const BackupPayloadPlan& plan,
+                                 const BackupLibrarySnapshot& library) {
   std::uint64_t logical = 0;
   for (const auto& resource : plan.resources) logical += resource.plaintextByteCount;
   return summary.counts == planned.counts && summary.logicalPlaintextByteCount == logical &&
@@ -129,8 +127,8 @@ struct WrittenManifest {
   std::vector<fs::path> sectionFiles;
 };
 
-[[nodiscard]] std::expected<WrittenManifest, Failure> writeManifest(const format::BackupPackageV1& package, ByteView bpmk,
-                                                                    const CheckedManifest& manifest,
+[[nodiscard]] std::expected<WrittenManifest, Failure> writeManifest(const format::BackupPackageV1& package,
+                                                                    ByteView bpmk, const CheckedManifest& manifest,
                                                                     const CommitIdentifiers& identifiers,
                                                                     const Identifier& libraryDomainIdentifier,
                                                                     std::int64_t createdAtUTCMilliseconds) {
@@ -155,9 +153,8 @@ struct WrittenManifest {
   if (!root) return backupWriterFailure(root.error());
   const auto sealed = format::BackupGraphV1::sealManifestRoot(*root, packageIdentifier, bpmk);
   if (!sealed) return backupWriterFailure(sealed.error());
-  auto file = BackupArtifactFile::writeOnce(package, "manifests",
-                                                      *format::BackupGraphV1::manifestFileName(identifiers.manifest),
-                                                      sealed->frame);
+  auto file = BackupArtifactFile::writeOnce(
+      package, "manifests", *format::BackupGraphV1::manifestFileName(identifiers.manifest), sealed->frame);
   if (!file) return std::unexpected(file.error());
   return WrittenManifest{std::move(*root), sealed->reference, std::move(*file), std::move(sectionFiles)};
 }
@@ -168,12 +165,10 @@ struct WrittenSnapshot {
   fs::path file;
 };
 
-[[nodiscard]] std::expected<WrittenSnapshot, Failure> writeSnapshot(const format::BackupPackageV1& package, ByteView bpmk,
-                                                                    const WrittenManifest& manifest,
-                                                                    const format::BackupManifestSemanticSummary& summary,
-                                                                    const CommitIdentifiers& identifiers,
-                                                                    const Identifier& libraryDomainIdentifier,
-                                                                    std::int64_t createdAtUTCMilliseconds) {
+[[nodiscard]] std::expected<WrittenSnapshot, Failure> writeSnapshot(
+    const format::BackupPackageV1& package, ByteView bpmk, const WrittenManifest& manifest,
+    const format::BackupManifestSemanticSummary& summary, const CommitIdentifiers& identifiers,
+    const Identifier& libraryDomainIdentifier, std::int64_t createdAtUTCMilliseconds) {
   auto snapshot = format::BackupSnapshotV1::make(
       bytesOf(identifiers.snapshot), bytesOf(libraryDomainIdentifier), createdAtUTCMilliseconds, manifest.rootReference,
       manifest.root.sectionSetSHA256(), summary.requiredPayloadSetSHA256, summary.counts,
@@ -181,9 +176,8 @@ struct WrittenSnapshot {
   if (!snapshot) return backupWriterFailure(snapshot.error());
   const auto sealed = format::BackupGraphV1::sealSnapshot(*snapshot, package.header().packageIdentifier(), bpmk);
   if (!sealed) return backupWriterFailure(sealed.error());
-  auto file = BackupArtifactFile::writeOnce(package, "snapshots",
-                                                      *format::BackupGraphV1::snapshotFileName(identifiers.snapshot),
-                                                      sealed->frame);
+  auto file = BackupArtifactFile::writeOnce(
+      package, "snapshots", *format::BackupGraphV1::snapshotFileName(identifiers.snapshot), sealed->frame);
   if (!file) return std::unexpected(file.error());
   return WrittenSnapshot{std::move(*snapshot), sealed->reference, std::move(*file)};
 }
@@ -197,23 +191,27 @@ struct WrittenSnapshot {
 
 // describePayloads tells, from the records, where each resource lies and which files the
 // snapshot requires; `reused` and `written` say what this commit kept and what it wrote.
-void describePayloads(BackupWrittenCommit& result, const format::BackupPackageV1& package,
-                      const IdentifierSet& reused, const IdentifierSet& written) {
+void describePayloads(BackupWrittenCommit& result, const format::BackupPackageV1& package, const IdentifierSet& reused,
+                      const IdentifierSet& written) {
   std::map<Identifier, BackupWrittenPayloadFile> files;
   for (const Record& record : result.records) {
     const auto* resource = record.resource();
     if (resource == nullptr) continue;
-    BackupWrittenResource described{resource->identifier(), resource->itemIdentifier(),
-                                              resource->parts().front().container(), resource->payloadKeyIdentifier(),
-                                              {}, resource->plaintextByteCount(), resource->plaintextSHA256(),
-                                              reused.contains(resource->identifier())};
+    BackupWrittenResource described{resource->identifier(),
+                                    resource->itemIdentifier(),
+                                    resource->parts().front().container(),
+                                    resource->payloadKeyIdentifier(),
+                                    {},
+                                    resource->plaintextByteCount(),
+                                    resource->plaintextSHA256(),
+                                    reused.contains(resource->identifier())};
     for (const auto& part : resource->parts()) {
       const fs::path path = payloadFilePath(package, part.container(), part.artifactIdentifier());
       if (described.partFiles.empty() || described.partFiles.back() != path) described.partFiles.push_back(path);
-      files.try_emplace(part.artifactIdentifier(),
-                        BackupWrittenPayloadFile{part.artifactIdentifier(), part.container(), path,
-                                                           part.artifactFileByteCount(), part.artifactFileSHA256(),
-                                                           written.contains(part.artifactIdentifier())});
+      files.try_emplace(
+          part.artifactIdentifier(),
+          BackupWrittenPayloadFile{part.artifactIdentifier(), part.container(), path, part.artifactFileByteCount(),
+                                   part.artifactFileSHA256(), written.contains(part.artifactIdentifier())});
     }
     result.resources.push_back(std::move(described));
   }
@@ -223,8 +221,8 @@ void describePayloads(BackupWrittenCommit& result, const format::BackupPackageV1
 
 }  // namespace
 
-std::expected<BackupWrittenCommit, Failure> BackupPackageWriter::writeCommit(
-    const BackupLibrarySnapshot& library, const BackupCommitRequest& request) {
+std::expected<BackupWrittenCommit, Failure> BackupPackageWriter::writeCommit(const BackupLibrarySnapshot& library,
+                                                                             const BackupCommitRequest& request) {
   const auto lineage = BackupLineage::resolve(commits_, heads_, request);
   if (!lineage) return std::unexpected(lineage.error());
   const std::int64_t createdAt = settings_.sources.now();
@@ -242,15 +240,16 @@ std::expected<BackupWrittenCommit, Failure> BackupPackageWriter::writeCommit(
   // The manifest is checked with stand-in payload values before any file exists, so a library
   // the format refuses leaves nothing behind.
   const auto standInIdentifiers = [] { return std::expected<Identifier, Error>(Identifier{}); };
-  const auto planned = checkedManifest(library, *plan, identifiers->manifest, libraryDomainIdentifier_, settings_.layout,
-                                       standInIdentifiers, scope);
+  const auto planned = checkedManifest(library, *plan, identifiers->manifest, libraryDomainIdentifier_,
+                                       settings_.layout, standInIdentifiers, scope);
   if (!planned) return std::unexpected(planned.error());
 
   const auto written = BackupPayloadWriting::writePayloads(*plan, package_, settings_.layout, scope,
-                                                                     settings_.concurrentPayloadWriterCount);
+                                                           settings_.concurrentPayloadWriterCount);
   if (!written) return std::unexpected(written.error());
-  auto manifest = checkedManifest(library, *plan, identifiers->manifest, libraryDomainIdentifier_, settings_.layout,
-                                  [&] { return settings_.sources.identifier(); }, scope);
+  auto manifest = checkedManifest(
+      library, *plan, identifiers->manifest, libraryDomainIdentifier_, settings_.layout,
+      [&] { return settings_.sources.identifier(); }, scope);
   if (!manifest) return std::unexpected(manifest.error());
   if (!summaryAgrees(manifest->summary, planned->summary, *plan, library))
     return backupWriterFailure(Error::summaryMismatch);
@@ -293,8 +292,8 @@ std::expected<BackupWrittenCommit, Failure> BackupPackageWriter::writeCommitShar
   if (!manifest) return std::unexpected(manifest.error());
   const format::BackupSnapshotV1& snapshot = manifest->snapshot;
   format::BackupManifestSemanticSummary summary{snapshot.counts(), snapshot.logicalPlaintextByteCount(),
-                                                  snapshot.encryptedPayloadByteCount(),
-                                                  snapshot.requiredPayloadSetSHA256()};
+                                                snapshot.encryptedPayloadByteCount(),
+                                                snapshot.requiredPayloadSetSHA256()};
   IdentifierSet reused;
   for (const Record& record : manifest->records) {
     if (const auto* resource = record.resource()) reused.insert(resource->identifier());
@@ -313,24 +312,24 @@ std::expected<BackupWrittenCommit, Failure> BackupPackageWriter::writeCommitShar
 }
 
 std::expected<BackupWrittenCommit, Failure> BackupPackageWriter::commitSnapshot(
-    const BackupLineage& lineage, const format::BackupIdentifierV1& commitIdentifier,
-    SnapshotToCommit stored, const BackupCommitRequest& request) {
+    const BackupLineage& lineage, const format::BackupIdentifierV1& commitIdentifier, SnapshotToCommit stored,
+    const BackupCommitRequest& request) {
   auto commit = writeCommitFile(lineage, commitIdentifier, stored);
   if (!commit) return std::unexpected(commit.error());
   BackupWrittenCommit result{commitIdentifier,
-                                       std::move(commit->first),
-                                       std::move(commit->second),
-                                       stored.reference,
-                                       std::move(stored.snapshot),
-                                       std::move(stored.snapshotFile),
-                                       std::move(stored.root),
-                                       std::move(stored.rootFile),
-                                       std::move(stored.sectionFiles),
-                                       std::move(stored.summary),
-                                       std::move(stored.records),
-                                       {},
-                                       {},
-                                       std::nullopt};
+                             std::move(commit->first),
+                             std::move(commit->second),
+                             stored.reference,
+                             std::move(stored.snapshot),
+                             std::move(stored.snapshotFile),
+                             std::move(stored.root),
+                             std::move(stored.rootFile),
+                             std::move(stored.sectionFiles),
+                             std::move(stored.summary),
+                             std::move(stored.records),
+                             {},
+                             {},
+                             std::nullopt};
   describePayloads(result, package_, stored.reused, stored.written);
   if (request.publishHead) {
     auto head = writeHead(result.commit);
@@ -340,18 +339,16 @@ std::expected<BackupWrittenCommit, Failure> BackupPackageWriter::commitSnapshot(
   return result;
 }
 
-std::expected<std::pair<format::AuthenticatedBackupCommit, fs::path>, Failure>
-BackupPackageWriter::writeCommitFile(const BackupLineage& lineage,
-                                               const format::BackupIdentifierV1& commitIdentifier,
-                                               const SnapshotToCommit& stored) {
+std::expected<std::pair<format::AuthenticatedBackupCommit, fs::path>, Failure> BackupPackageWriter::writeCommitFile(
+    const BackupLineage& lineage, const format::BackupIdentifierV1& commitIdentifier, const SnapshotToCommit& stored) {
   std::optional<format::BackupArtifactReferenceV1> parent;
   if (lineage.parent) parent = lineage.parent->reference();
   // Every commit of one snapshot carries the snapshot's time, as readers require.
-  const auto commit = format::BackupCommitV1::make(
-      bytesOf(commitIdentifier), bytesOf(libraryDomainIdentifier_), parent, stored.reference, stored.root.identifier(),
-      bytesOf(writerDeviceIdentifier_), lineage.writerEpoch, lineage.generation,
-      stored.snapshot.createdAtUTCMilliseconds(), stored.snapshot.requiredPayloadSetSHA256(),
-      lineage.acknowledgedReferences());
+  const auto commit =
+      format::BackupCommitV1::make(bytesOf(commitIdentifier), bytesOf(libraryDomainIdentifier_), parent,
+                                   stored.reference, stored.root.identifier(), bytesOf(writerDeviceIdentifier_),
+                                   lineage.writerEpoch, lineage.generation, stored.snapshot.createdAtUTCMilliseconds(),
+                                   stored.snapshot.requiredPayloadSetSHA256(), lineage.acknowledgedReferences());
   if (!commit) return backupWriterFailure(commit.error());
   const auto sealed = format::BackupGraphV1::sealCommit(*commit, package_.header().packageIdentifier(), bpmk_);
   if (!sealed) return backupWriterFailure(sealed.error());
@@ -364,7 +361,7 @@ BackupPackageWriter::writeCommitFile(const BackupLineage& lineage,
   if (const auto scan = format::BackupCommitGraph::scan(extended, heads_); !scan)
     return backupWriterFailure(scan.error());
   auto file = BackupArtifactFile::writeOnce(package_, "commits",
-                                                      *format::BackupGraphV1::commitFileName(commitIdentifier), sealed->frame);
+                                            *format::BackupGraphV1::commitFileName(commitIdentifier), sealed->frame);
   if (!file) return std::unexpected(file.error());
   commits_.push_back(*authenticated);
   return std::pair(std::move(*authenticated), std::move(*file));

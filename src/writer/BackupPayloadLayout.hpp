@@ -8,8 +8,8 @@
 #include <cstdint>
 #include <expected>
 
-#include "writer/BackupWriterFailure.hpp"
 #include "format/header/BackupFormatV1.hpp"
+#include "writer/BackupWriterFailure.hpp"
 
 namespace galdrine::writer {
 
@@ -29,7 +29,8 @@ struct BackupPayloadLayout {
         maximumSegmentEntryCount <= format::BackupFormatV1::maximumSegmentResourceCount &&
         chunkPlaintextByteCount <= format::BackupFormatV1::maximumStandaloneChunkPlaintextByteCount &&
         maximumSectionRecordCount <= format::BackupFormatV1::maximumManifestSectionRecordCount;
-    const bool usable = maximumSegmentEntryCount >= 1 && chunkPlaintextByteCount >= 1 && maximumSectionRecordCount >= 1 &&
+    const bool usable = maximumSegmentEntryCount >= 1 && chunkPlaintextByteCount >= 1 &&
+                        maximumSectionRecordCount >= 1 &&
                         maximumSegmentPlaintextByteCount >= maximumPackedResourceByteCount;
     if (!withinCeilings || !usable) return std::unexpected(BackupWriterError::invalidLayout);
     return {};

@@ -2,11 +2,11 @@
 
 #include <algorithm>
 
-#include "writer/BackupContentSource.hpp"
 #include "format/manifest/BackupManifestRecordCodecV1.hpp"
 #include "format/manifest/BackupMediaResourceRecordV1.hpp"
-#include "platform/SecureMemory.hpp"
 #include "platform/SHA256.hpp"
+#include "platform/SecureMemory.hpp"
+#include "writer/BackupContentSource.hpp"
 
 namespace galdrine::writer {
 
@@ -24,7 +24,8 @@ constexpr std::size_t hashingPieceByteCount = 4 * 1024 * 1024;
   platform::SHA256::Hasher hasher;
   Bytes piece(static_cast<std::size_t>(std::min<std::uint64_t>(hashingPieceByteCount, reader.byteCount())));
   while (reader.position() < reader.byteCount()) {
-    const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(piece.size(), reader.byteCount() - reader.position()));
+    const auto count =
+        static_cast<std::size_t>(std::min<std::uint64_t>(piece.size(), reader.byteCount() - reader.position()));
     const std::span<std::uint8_t> into(piece.data(), count);
     if (auto done = reader.read(into); !done) return std::unexpected(done.error());
     hasher.update(into);
@@ -52,8 +53,8 @@ constexpr std::size_t hashingPieceByteCount = 4 * 1024 * 1024;
 }
 
 [[nodiscard]] std::expected<Planned, Failure> planResource(const BackupItemDescription& item,
-                                                          const BackupResourceDescription& description,
-                                                          const BackupReusablePayloads& reusable) {
+                                                           const BackupResourceDescription& description,
+                                                           const BackupReusablePayloads& reusable) {
   Planned planned{&item, &description, 0, std::nullopt, {}, {}, {}};
   const auto reader = BackupContentReader::open(description.content);
   if (!reader) return backupWriterFailure(reader.error());
@@ -86,7 +87,8 @@ constexpr std::size_t hashingPieceByteCount = 4 * 1024 * 1024;
       plan.chunkedResources.push_back({position, {}, std::vector<format::BackupIdentifierV1>(chunkCount)});
       continue;
     }
-    const bool full = plan.segments.empty() || plan.segments.back().resources.size() >= layout.maximumSegmentEntryCount ||
+    const bool full = plan.segments.empty() ||
+                      plan.segments.back().resources.size() >= layout.maximumSegmentEntryCount ||
                       segmentByteCount + resource.plaintextByteCount > layout.maximumSegmentPlaintextByteCount;
     if (full) {
       plan.segments.emplace_back();
@@ -100,9 +102,8 @@ constexpr std::size_t hashingPieceByteCount = 4 * 1024 * 1024;
 
 // keyed draws a key and its identifier and wraps it for `boundIdentifier`.
 [[nodiscard]] std::expected<void, Failure> keyed(Plan& plan, Bytes& key, format::BackupIdentifierV1& keyIdentifier,
-                                                format::BackupPayloadKeyScopeV1 scope, ByteView boundIdentifier,
-                                                const BackupWriterSources& sources,
-                                                const BackupKeyScope& keyScope) {
+                                                 format::BackupPayloadKeyScopeV1 scope, ByteView boundIdentifier,
+                                                 const BackupWriterSources& sources, const BackupKeyScope& keyScope) {
   auto identifier = sources.identifier();
   if (!identifier) return backupWriterFailure(identifier.error());
   auto drawn = sources.key();
@@ -110,8 +111,8 @@ constexpr std::size_t hashingPieceByteCount = 4 * 1024 * 1024;
   key = std::move(*drawn);
   keyIdentifier = *identifier;
   auto record = format::BackupManifestRecordCodecV1::wrapPayloadKey(key, keyIdentifier, scope, boundIdentifier,
-                                                                   keyScope.packageIdentifier,
-                                                                   keyScope.libraryDomainIdentifier, keyScope.bpmk);
+                                                                    keyScope.packageIdentifier,
+                                                                    keyScope.libraryDomainIdentifier, keyScope.bpmk);
   if (!record) return backupWriterFailure(record.error());
   plan.newKeyRecords.push_back(std::move(*record));
   return {};
@@ -129,7 +130,7 @@ constexpr std::size_t hashingPieceByteCount = 4 * 1024 * 1024;
 }
 
 [[nodiscard]] std::expected<void, Failure> drawSegments(Plan& plan, const BackupWriterSources& sources,
-                                                       const BackupKeyScope& keyScope) {
+                                                        const BackupKeyScope& keyScope) {
   for (auto& segment : plan.segments) {
     auto identifier = sources.identifier();
     if (!identifier) return backupWriterFailure(identifier.error());
@@ -149,8 +150,8 @@ constexpr std::size_t hashingPieceByteCount = 4 * 1024 * 1024;
 }
 
 [[nodiscard]] std::expected<void, Failure> drawChunks(Plan& plan, const BackupPayloadLayout& layout,
-                                                     const BackupWriterSources& sources,
-                                                     const BackupKeyScope& keyScope) {
+                                                      const BackupWriterSources& sources,
+                                                      const BackupKeyScope& keyScope) {
   for (auto& chunked : plan.chunkedResources) {
     Planned& resource = plan.resources[chunked.resource];
     if (auto done = keyed(plan, chunked.key, resource.payloadKeyIdentifier, format::BackupPayloadKeyScopeV1::resource,
@@ -177,10 +178,10 @@ BackupPayloadPlan::~BackupPayloadPlan() {
 }
 
 std::expected<Plan, Failure> BackupPayloadPlan::make(const BackupLibrarySnapshot& library,
-                                                               const BackupReusablePayloads& reusable,
-                                                               const BackupPayloadLayout& layout,
-                                                               const BackupWriterSources& sources,
-                                                               const BackupKeyScope& keyScope) {
+                                                     const BackupReusablePayloads& reusable,
+                                                     const BackupPayloadLayout& layout,
+                                                     const BackupWriterSources& sources,
+                                                     const BackupKeyScope& keyScope) {
   Plan plan;
   for (const auto& item : library.items) {
     for (const auto& description : item.resources) {

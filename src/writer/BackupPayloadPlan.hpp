@@ -17,13 +17,13 @@
 #include <optional>
 #include <vector>
 
+#include "format/manifest/BackupPayloadKeyRecordV1.hpp"
+#include "format/manifest/BackupPayloadPartRecordV1.hpp"
 #include "writer/BackupLibrarySnapshot.hpp"
 #include "writer/BackupPayloadLayout.hpp"
 #include "writer/BackupReusablePayloads.hpp"
 #include "writer/BackupWriterFailure.hpp"
 #include "writer/BackupWriterSources.hpp"
-#include "format/manifest/BackupPayloadKeyRecordV1.hpp"
-#include "format/manifest/BackupPayloadPartRecordV1.hpp"
 
 namespace galdrine::writer {
 
@@ -77,9 +77,8 @@ struct BackupPayloadPlan {
   // (resourceTooLarge). Last, identifiers and keys are drawn (randomSourceFailed) and the keys
   // wrapped (the record codec's errors).
   [[nodiscard]] static std::expected<BackupPayloadPlan, BackupWriterFailure> make(
-      const BackupLibrarySnapshot& library, const BackupReusablePayloads& reusable,
-      const BackupPayloadLayout& layout, const BackupWriterSources& sources,
-      const BackupKeyScope& scope);
+      const BackupLibrarySnapshot& library, const BackupReusablePayloads& reusable, const BackupPayloadLayout& layout,
+      const BackupWriterSources& sources, const BackupKeyScope& scope);
 };
 
 }  // namespace galdrine::writer

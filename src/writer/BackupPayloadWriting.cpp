@@ -5,10 +5,10 @@
 #include <optional>
 #include <thread>
 
-#include "writer/BackupContentSource.hpp"
 #include "format/payload/BackupPackContainerHeaderV1.hpp"
 #include "format/payload/BackupPayloadV1.hpp"
 #include "platform/SHA256.hpp"
+#include "writer/BackupContentSource.hpp"
 
 namespace galdrine::writer {
 
@@ -19,7 +19,8 @@ using Failure = BackupWriterFailure;
 using Container = format::BackupPayloadContainerKindV1;
 using Planned = BackupPlannedResource;
 
-[[nodiscard]] std::expected<fs::path, Failure> directoryOf(const format::BackupPackageV1& package, std::string_view name) {
+[[nodiscard]] std::expected<fs::path, Failure> directoryOf(const format::BackupPackageV1& package,
+                                                           std::string_view name) {
   auto directory = package.directoryPath(name);
   if (!directory) return backupWriterFailure(format::BackupPackageV1Failure(directory.error()));
   return std::move(*directory);
@@ -37,15 +38,15 @@ struct Scratch {
 [[nodiscard]] std::expected<void, Failure> readWhole(const Planned& resource, Bytes& content) {
   auto reader = BackupContentReader::open(resource.description->content);
   if (!reader) return backupWriterFailure(reader.error());
-  if (reader->byteCount() != resource.plaintextByteCount)
-    return backupWriterFailure(BackupWriterError::contentChanged);
+  if (reader->byteCount() != resource.plaintextByteCount) return backupWriterFailure(BackupWriterError::contentChanged);
   content.resize(static_cast<std::size_t>(resource.plaintextByteCount));
   if (auto done = reader->read(content); !done) return backupWriterFailure(done.error());
   if (auto done = reader->finish(); !done) return backupWriterFailure(done.error());
   return {};
 }
 
-[[nodiscard]] format::BackupPayloadPartRecordV1 part(std::uint64_t ordinal, std::uint64_t offset, std::uint64_t byteCount,
+[[nodiscard]] format::BackupPayloadPartRecordV1 part(std::uint64_t ordinal, std::uint64_t offset,
+                                                     std::uint64_t byteCount,
                                                      const platform::SHA256Digest& plaintextSHA256, Container container,
                                                      const format::BackupIdentifierV1& artifact,
                                                      std::uint64_t artifactOrdinal, std::uint64_t fileByteCount,
@@ -55,29 +56,28 @@ struct Scratch {
       {ordinal, offset, byteCount, plaintextSHA256, container, artifact, artifactOrdinal, fileByteCount, fileSHA256});
 }
 
-[[nodiscard]] std::expected<void, Failure> writeSegment(BackupPayloadPlan& plan,
-                                                        const BackupPlannedSegment& segment,
+[[nodiscard]] std::expected<void, Failure> writeSegment(BackupPayloadPlan& plan, const BackupPlannedSegment& segment,
                                                         const fs::path& packs, const BackupKeyScope& scope,
                                                         Scratch& scratch) {
   auto& entries = scratch.entries;
   if (entries.size() < segment.resources.size()) entries.resize(segment.resources.size());
   for (std::size_t ordinal = 0; ordinal < segment.resources.size(); ++ordinal) {
     const Planned& resource = plan.resources[segment.resources[ordinal]];
-    entries[ordinal].identifier.assign(resource.description->identifier.begin(), resource.description->identifier.end());
+    entries[ordinal].identifier.assign(resource.description->identifier.begin(),
+                                       resource.description->identifier.end());
     if (auto done = readWhole(resource, entries[ordinal].plaintext); !done) return done;
   }
   const fs::path file = packs / *format::BackupPayloadV1::packSegmentFileName(segment.identifier);
-  const auto descriptor = format::BackupPayloadV1::writePackSegment(file, scope.packageIdentifier,
-                                                                    scope.libraryDomainIdentifier, segment.identifier,
-                                                                    segment.key,
-                                                                    std::span(entries).first(segment.resources.size()));
+  const auto descriptor = format::BackupPayloadV1::writePackSegment(
+      file, scope.packageIdentifier, scope.libraryDomainIdentifier, segment.identifier, segment.key,
+      std::span(entries).first(segment.resources.size()));
   if (!descriptor) return backupWriterFailure(descriptor.error());
   // A part names the whole segment file by length and digest, which the descriptor does not
   // carry: the file is read once more, from the cache it was just written through.
   const auto fileSHA256 = platform::SHA256::digestOfFile(file);
   if (!fileSHA256) return backupWriterFailure(platform::FileError{EIO});
-  const std::uint64_t fileByteCount =
-      format::BackupPackContainerHeaderV1::encodedByteCount + descriptor->entryAreaByteCount + descriptor->indexFrameByteCount;
+  const std::uint64_t fileByteCount = format::BackupPackContainerHeaderV1::encodedByteCount +
+                                      descriptor->entryAreaByteCount + descriptor->indexFrameByteCount;
   for (std::size_t ordinal = 0; ordinal < segment.resources.size(); ++ordinal) {
     Planned& resource = plan.resources[segment.resources[ordinal]];
     const auto& entry = descriptor->entries[ordinal];
@@ -96,23 +96,22 @@ struct Scratch {
   Planned& resource = plan.resources[chunked.resource];
   auto reader = BackupContentReader::open(resource.description->content);
   if (!reader) return backupWriterFailure(reader.error());
-  if (reader->byteCount() != resource.plaintextByteCount)
-    return backupWriterFailure(BackupWriterError::contentChanged);
+  if (reader->byteCount() != resource.plaintextByteCount) return backupWriterFailure(BackupWriterError::contentChanged);
   Bytes& piece = scratch.piece;
   piece.resize(static_cast<std::size_t>(std::min(layout.chunkPlaintextByteCount, resource.plaintextByteCount)));
   platform::SHA256::Hasher hasher;
   std::vector<format::BackupPayloadPartRecordV1> parts;
   for (std::size_t ordinal = 0; ordinal < chunked.chunkIdentifiers.size(); ++ordinal) {
     const std::uint64_t offset = reader->position();
-    const auto byteCount = static_cast<std::size_t>(std::min<std::uint64_t>(piece.size(), resource.plaintextByteCount - offset));
+    const auto byteCount =
+        static_cast<std::size_t>(std::min<std::uint64_t>(piece.size(), resource.plaintextByteCount - offset));
     const std::span<std::uint8_t> plaintext(piece.data(), byteCount);
     if (auto done = reader->read(plaintext); !done) return backupWriterFailure(done.error());
     hasher.update(plaintext);
     const auto& identifier = chunked.chunkIdentifiers[ordinal];
     const fs::path file = objects / *format::BackupPayloadV1::resourceChunkFileName(identifier);
-    const auto descriptor =
-        format::BackupPayloadV1::writeResourceChunk(file, scope.packageIdentifier, scope.libraryDomainIdentifier,
-                                                    identifier, ordinal, chunked.key, plaintext);
+    const auto descriptor = format::BackupPayloadV1::writeResourceChunk(
+        file, scope.packageIdentifier, scope.libraryDomainIdentifier, identifier, ordinal, chunked.key, plaintext);
     if (!descriptor) return backupWriterFailure(descriptor.error());
     parts.push_back(part(ordinal, offset, byteCount, descriptor->plaintextSHA256, Container::chunk, identifier, ordinal,
                          descriptor->frameByteCount, descriptor->frameSHA256));
@@ -156,10 +155,10 @@ class Jobs {
 namespace BackupPayloadWriting {
 
 std::expected<std::vector<format::BackupIdentifierV1>, Failure> writePayloads(BackupPayloadPlan& plan,
-                                                                             const format::BackupPackageV1& package,
-                                                                             const BackupPayloadLayout& layout,
-                                                                             const BackupKeyScope& scope,
-                                                                             std::size_t concurrentWriterCount) {
+                                                                              const format::BackupPackageV1& package,
+                                                                              const BackupPayloadLayout& layout,
+                                                                              const BackupKeyScope& scope,
+                                                                              std::size_t concurrentWriterCount) {
   const auto packs = directoryOf(package, "packs");
   if (!packs) return std::unexpected(packs.error());
   const auto objects = directoryOf(package, "objects");
@@ -178,13 +177,15 @@ std::expected<std::vector<format::BackupIdentifierV1>, Failure> writePayloads(Ba
   };
   {
     std::vector<std::jthread> helpers;
-    for (std::size_t helper = 1; helper < std::max<std::size_t>(concurrentWriterCount, 1); ++helper) helpers.emplace_back(work);
+    for (std::size_t helper = 1; helper < std::max<std::size_t>(concurrentWriterCount, 1); ++helper)
+      helpers.emplace_back(work);
     work();
   }
   if (auto failure = jobs.failure()) return std::unexpected(std::move(*failure));
   std::vector<format::BackupIdentifierV1> written;
   for (const auto& segment : plan.segments) written.push_back(segment.identifier);
-  for (const auto& chunked : plan.chunkedResources) std::ranges::copy(chunked.chunkIdentifiers, std::back_inserter(written));
+  for (const auto& chunked : plan.chunkedResources)
+    std::ranges::copy(chunked.chunkIdentifiers, std::back_inserter(written));
   return written;
 }
 

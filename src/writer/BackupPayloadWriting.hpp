@@ -8,8 +8,8 @@
 #include <expected>
 #include <vector>
 
-#include "writer/BackupPayloadPlan.hpp"
 #include "format/package/BackupPackageV1.hpp"
+#include "writer/BackupPayloadPlan.hpp"
 
 namespace galdrine::writer {
 

@@ -1,8 +1,8 @@
 #include "writer/BackupRecoveryKey.hpp"
 
-#include "platform/SecureMemory.hpp"
 #include "keys/RecoveryKeyMnemonicV1.hpp"
 #include "platform/ScopeGuard.hpp"
+#include "platform/SecureMemory.hpp"
 
 namespace galdrine::writer {
 
@@ -11,8 +11,7 @@ BackupRecoveryKey::~BackupRecoveryKey() {
   platform::SecureMemory::wipe(phrase_);
 }
 
-std::expected<BackupRecoveryKey, BackupWriterFailure> BackupRecoveryKey::generate(
-    const BackupWriterSources& sources) {
+std::expected<BackupRecoveryKey, BackupWriterFailure> BackupRecoveryKey::generate(const BackupWriterSources& sources) {
   auto key = sources.key();
   if (!key) return backupWriterFailure(key.error());
   ScopeGuard wipeKey{[&] { platform::SecureMemory::wipe(*key); }};
@@ -22,8 +21,7 @@ std::expected<BackupRecoveryKey, BackupWriterFailure> BackupRecoveryKey::generat
   return BackupRecoveryKey(std::move(*key), std::move(*phrase));
 }
 
-std::expected<BackupRecoveryKey, BackupWriterFailure> BackupRecoveryKey::fromPhrase(
-    std::string_view phrase) {
+std::expected<BackupRecoveryKey, BackupWriterFailure> BackupRecoveryKey::fromPhrase(std::string_view phrase) {
   auto key = keys::RecoveryKeyMnemonicV1::entropy(phrase);
   if (!key) return backupWriterFailure(key.error());
   return BackupRecoveryKey(std::move(*key), std::string(phrase));

@@ -7,9 +7,9 @@
 #include <string>
 #include <string_view>
 
-#include "writer/BackupWriterSources.hpp"
-#include "writer/BackupWriterFailure.hpp"
 #include "platform/Bytes.hpp"
+#include "writer/BackupWriterFailure.hpp"
+#include "writer/BackupWriterSources.hpp"
 
 namespace galdrine::writer {
 
@@ -20,8 +20,7 @@ class BackupRecoveryKey {
   [[nodiscard]] static std::expected<BackupRecoveryKey, BackupWriterFailure> generate(
       const BackupWriterSources& sources);
   // fromPhrase reads typed words back (the mnemonic's errors: word count, unknown word, checksum).
-  [[nodiscard]] static std::expected<BackupRecoveryKey, BackupWriterFailure> fromPhrase(
-      std::string_view phrase);
+  [[nodiscard]] static std::expected<BackupRecoveryKey, BackupWriterFailure> fromPhrase(std::string_view phrase);
 
   BackupRecoveryKey(BackupRecoveryKey&& other) noexcept
       : key_(std::move(other.key_)), phrase_(std::move(other.phrase_)) {}

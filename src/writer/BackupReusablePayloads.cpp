@@ -3,7 +3,8 @@
 namespace galdrine::writer {
 
 void BackupReusablePayloads::add(std::span<const format::BackupManifestRecordV1> records) {
-  std::unordered_map<format::BackupIdentifierV1, const format::BackupPayloadKeyRecordV1*, format::BackupIdentifierHasher>
+  std::unordered_map<format::BackupIdentifierV1, const format::BackupPayloadKeyRecordV1*,
+                     format::BackupIdentifierHasher>
       keys;
   for (const auto& record : records) {
     if (const auto* key = record.payloadKey()) keys.emplace(key->identifier(), key);

@@ -2,8 +2,8 @@
 
 #include <chrono>
 
-#include "platform/SecureMemory.hpp"
 #include "platform/Random.hpp"
+#include "platform/SecureMemory.hpp"
 
 namespace galdrine::writer {
 

@@ -10,9 +10,9 @@
 #include <functional>
 #include <span>
 
-#include "writer/BackupWriterFailure.hpp"
 #include "format/graph/BackupIdentifierV1.hpp"
 #include "platform/Bytes.hpp"
+#include "writer/BackupWriterFailure.hpp"
 
 namespace galdrine::writer {
 

@@ -12,11 +12,11 @@
 #include "format/graph/AuthenticatedBackupCommit.hpp"
 #include "format/graph/AuthenticatedBackupHead.hpp"
 #include "format/graph/BackupIdentifierV1.hpp"
-#include "format/manifest/BackupManifestRecordV1.hpp"
 #include "format/graph/BackupManifestRootV1.hpp"
+#include "format/graph/BackupSnapshotV1.hpp"
+#include "format/manifest/BackupManifestRecordV1.hpp"
 #include "format/manifest/BackupManifestSemanticValidator.hpp"
 #include "format/manifest/BackupPayloadPartRecordV1.hpp"
-#include "format/graph/BackupSnapshotV1.hpp"
 #include "platform/SHA256.hpp"
 
 namespace galdrine::writer {
@@ -70,7 +70,7 @@ struct BackupWrittenCommit {
   format::BackupManifestSemanticSummary summary;
   std::vector<format::BackupManifestRecordV1> records;  // in section order
 
-  std::vector<BackupWrittenResource> resources;      // ascending by identifier
+  std::vector<BackupWrittenResource> resources;        // ascending by identifier
   std::vector<BackupWrittenPayloadFile> payloadFiles;  // ascending by identifier
 
   std::optional<BackupWrittenHead> head;

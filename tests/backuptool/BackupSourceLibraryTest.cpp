@@ -1,8 +1,9 @@
+#include "backuptool/BackupSourceLibrary.hpp"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
 
-#include "backuptool/BackupSourceLibrary.hpp"
 #include "backuptool/BackupSourceScan.hpp"
 #include "support/FileFixtures.hpp"
 #include "support/TemporaryDirectory.hpp"
@@ -28,15 +29,17 @@ using Library = writer::BackupLibrarySnapshot;
 [[nodiscard]] std::vector<std::string> placements(const Library& library) {
   std::map<Identifier, std::string> paths;  // folders stand before what they hold
   for (const auto& folder : library.folders) {
-    paths[folder.identifier] = (folder.parentFolderIdentifier ? paths[*folder.parentFolderIdentifier] + "/" : "") + folder.name;
+    paths[folder.identifier] =
+        (folder.parentFolderIdentifier ? paths[*folder.parentFolderIdentifier] + "/" : "") + folder.name;
   }
   for (const auto& album : library.albums) {
-    paths[album.identifier] = (album.parentFolderIdentifier ? paths[*album.parentFolderIdentifier] + "/" : "") + album.name;
+    paths[album.identifier] =
+        (album.parentFolderIdentifier ? paths[*album.parentFolderIdentifier] + "/" : "") + album.name;
   }
   std::vector<std::string> described;
   for (const auto& item : library.items) {
-    const auto membership = std::ranges::find(library.memberships, item.identifier,
-                                              &writer::BackupMembershipDescription::itemIdentifier);
+    const auto membership =
+        std::ranges::find(library.memberships, item.identifier, &writer::BackupMembershipDescription::itemIdentifier);
     const std::string album = membership == library.memberships.end() ? "-" : paths[membership->albumIdentifier];
     const char* kinds[] = {"photo", "video", "live"};
     described.push_back(album + " : " + item.originalFilename + " " + kinds[static_cast<std::size_t>(item.kind)] + " " +
@@ -71,7 +74,8 @@ TEST(BackupSourceLibrary, DirectoriesBecomeAlbumsAndFoldersAndStemsPairIntoLiveP
                                  }));
   EXPECT_EQ(library.folders.size(), 2u);  // Trips and Only; empty directories make nothing
   EXPECT_EQ(library.albums.size(), 5u);
-  const auto live = std::ranges::find(library.items, format::BackupMediaKindV1::livePhoto, &writer::BackupItemDescription::kind);
+  const auto live =
+      std::ranges::find(library.items, format::BackupMediaKindV1::livePhoto, &writer::BackupItemDescription::kind);
   ASSERT_NE(live, library.items.end());
   EXPECT_EQ(live->resources[0].role, format::BackupMediaResourceRoleV1::primary);
   EXPECT_EQ(live->resources[0].uniformTypeIdentifier, "public.jpeg");

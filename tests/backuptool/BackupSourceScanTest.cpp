@@ -1,9 +1,10 @@
-#include <gtest/gtest.h>
+#include "backuptool/BackupSourceScan.hpp"
 
 #include <sys/stat.h>
 #include <sys/time.h>
 
-#include "backuptool/BackupSourceScan.hpp"
+#include <gtest/gtest.h>
+
 #include "support/FileFixtures.hpp"
 #include "support/TemporaryDirectory.hpp"
 
@@ -37,7 +38,8 @@ TEST(BackupSourceScan, TakesMediaAndCountsWhatItLeavesOut) {
   for (const auto& directory : source->directories) {
     for (const auto& file : directory.files) taken.push_back(file.relativePath + " " + file.uniformTypeIdentifier);
   }
-  EXPECT_EQ(taken, (std::vector<std::string>{"a.JPG public.jpeg", "b.mov com.apple.quicktime-movie", "Été/e.heic public.heic"}));
+  EXPECT_EQ(taken, (std::vector<std::string>{"a.JPG public.jpeg", "b.mov com.apple.quicktime-movie",
+                                             "Été/e.heic public.heic"}));
   // Skipped: a text, an empty file, no extension, a name not UTF-8, a link, a pipe, a blank directory.
   EXPECT_EQ(source->skippedEntryCount, 7u);
   ASSERT_EQ(source->directories.size(), 3u);  // the source, Été and Été/Leer

@@ -1,7 +1,8 @@
+#include "backuptool/BackupToolCommandParser.hpp"
+
 #include <gtest/gtest.h>
 
 #include "backuptool/BackupTool.hpp"
-#include "backuptool/BackupToolCommandParser.hpp"
 #include "backuptool/BackupToolUsage.hpp"
 
 namespace galdrine::backuptool {
@@ -79,7 +80,8 @@ TEST(BackupToolCommandParser, OptionsStandInAnyOrderAndPathsComeBackAbsolute) {
   } cases[] = {
       {{"create", "new.galdrine", "--from", "Pictures/./2023/", "--backup-passphrase"},
        {BackupToolCommand::Create{here / "new.galdrine", here / "Pictures/2023", true, false, Input::hiddenTerminal}}},
-      {{"create", "--new-recovery-key", "--credential-stdin", "--backup-passphrase", "--from", "/src", "/x/../p.galdrine"},
+      {{"create", "--new-recovery-key", "--credential-stdin", "--backup-passphrase", "--from", "/src",
+        "/x/../p.galdrine"},
        {BackupToolCommand::Create{"/p.galdrine", "/src", true, true, Input::standardInput}}},
       {{"create", "/p.galdrine", "--new-recovery-key", "--from", "/src"},
        {BackupToolCommand::Create{"/p.galdrine", "/src", false, true, Input::hiddenTerminal}}},
@@ -89,7 +91,8 @@ TEST(BackupToolCommandParser, OptionsStandInAnyOrderAndPathsComeBackAbsolute) {
       {{"add", "/p.galdrine", "--credential-stdin", "--from", "/src", "--backup-passphrase"},
        {BackupToolCommand::Add{"/p.galdrine", "/src", Factor::backupPassphrase, Input::standardInput}}},
   };
-  for (const auto& test : cases) EXPECT_EQ(BackupToolCommandParser::parse(test.arguments), test.expected) << test.arguments.back();
+  for (const auto& test : cases)
+    EXPECT_EQ(BackupToolCommandParser::parse(test.arguments), test.expected) << test.arguments.back();
 }
 
 }  // namespace

@@ -2,16 +2,17 @@
 // endless stream) and the hidden prompt under a pseudo-terminal, neither of which may give
 // back a heap block that still holds the credential.
 
-#include <gtest/gtest.h>
+#include "credential/TerminalCredentialReader.hpp"
 
 #include <fcntl.h>
 #include <pty.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <gtest/gtest.h>
+
 #include <string>
 
-#include "credential/TerminalCredentialReader.hpp"
 #include "platform/SecureMemory.hpp"
 #include "support/ProgramRunner.hpp"
 #include "support/ReleasedSecretScan.hpp"
@@ -54,7 +55,8 @@ TEST(TerminalCredentialReader, RedirectedInputLosesOneFinalLineEndingAndIsBounde
       {std::string(16384, 'x') + '\n', std::unexpected(tooLarge)},
       {std::string(100000, '\n'), std::unexpected(tooLarge)},
   };
-  for (const auto& testCase : cases) EXPECT_EQ(readRedirectedFrom(testCase.input), testCase.expected) << testCase.input.size();
+  for (const auto& testCase : cases)
+    EXPECT_EQ(readRedirectedFrom(testCase.input), testCase.expected) << testCase.input.size();
 }
 
 TEST(TerminalCredentialReader, RedirectedInputRefusesTerminalsAndStopsEndlessStreams) {
@@ -62,7 +64,8 @@ TEST(TerminalCredentialReader, RedirectedInputRefusesTerminalsAndStopsEndlessStr
   ASSERT_EQ(::openpty(&master, &slave, nullptr, nullptr, nullptr), 0);
   const int endless = ::open("/dev/zero", O_RDONLY | O_CLOEXEC);
   const int directory = ::open("/", O_RDONLY | O_DIRECTORY | O_CLOEXEC);  // every read of it fails
-  for (const auto& [descriptor, error] : {std::pair{slave, unavailable}, {endless, tooLarge}, {directory, unavailable}}) {
+  for (const auto& [descriptor, error] :
+       {std::pair{slave, unavailable}, {endless, tooLarge}, {directory, unavailable}}) {
     EXPECT_EQ(Input::readRedirected(descriptor, 16384), std::unexpected(error)) << descriptor;
   }
   for (const int descriptor : {master, slave, endless, directory}) ::close(descriptor);
@@ -74,7 +77,8 @@ TEST(TerminalCredentialReader, RedirectedReadingReleasesNoUnwipedCopy) {
   { const std::string copy = marker + std::string(32, '.'); }
   EXPECT_EQ(Scan::disarm(), 1);
   // One line, a credential across two chunks, and one past the bound.
-  for (const std::string& contents : {marker + "\n", std::string(5000, '.') + marker, marker + std::string(16384, '.')}) {
+  for (const std::string& contents :
+       {marker + "\n", std::string(5000, '.') + marker, marker + std::string(16384, '.')}) {
     Scan::arm(marker);
     {
       auto credential = readRedirectedFrom(contents);

@@ -5,8 +5,8 @@
 #include <functional>
 #include <regex>
 
-#include "platform/SHA256.hpp"
 #include "EnvelopeFixtures.hpp"
+#include "platform/SHA256.hpp"
 #include "support/FileFixtures.hpp"
 #include "support/OpenDescriptorCount.hpp"
 #include "support/TemporaryDirectory.hpp"
@@ -24,12 +24,16 @@ using Set = BackupKeyEnvelopeSetV1;
 
 // envelopeSet gives a set of both factors at `generation`, for the package of the seed.
 [[nodiscard]] Set envelopeSet(std::uint64_t generation, std::uint8_t packageSeed = 1) {
-  return setOf({entry(Factor::backupPassphrase, 3, 4, generation), entry(Factor::recoveryKey, 5, 6, generation)}, packageSeed);
+  return setOf({entry(Factor::backupPassphrase, 3, 4, generation), entry(Factor::recoveryKey, 5, 6, generation)},
+               packageSeed);
 }
 
 // at gives a fault hook that runs `action` at `point` and lets the write go on.
 [[nodiscard]] BackupKeyEnvelopeFileFaultHook at(FaultPoint point, const std::function<void()>& action) {
-  return [point, action](FaultPoint reached) { if (reached == point) action(); return false; };
+  return [point, action](FaultPoint reached) {
+    if (reached == point) action();
+    return false;
+  };
 }
 
 class BackupKeyEnvelopeFileV1Test : public testing::Test {
@@ -69,7 +73,8 @@ class BackupKeyEnvelopeFileV1Test : public testing::Test {
 // The bounded read takes a regular file of 1 to 8192 bytes. (The readers' suite binds a file
 // to its package.)
 TEST_F(BackupKeyEnvelopeFileV1Test, ReadBindsTheFileToItsPackage) {
-  EXPECT_EQ(failureOf(BackupKeyEnvelopeFileV1::read(*package_)), BackupKeyEnvelopeFileV1Failure(Error::envelopeFileMissing));
+  EXPECT_EQ(failureOf(BackupKeyEnvelopeFileV1::read(*package_)),
+            BackupKeyEnvelopeFileV1Failure(Error::envelopeFileMissing));
   const auto written = write(envelopeSet(1), std::nullopt);
   ASSERT_TRUE(written.has_value());
   EXPECT_EQ(BackupKeyEnvelopeFileV1::read(*package_), *written);
@@ -77,7 +82,8 @@ TEST_F(BackupKeyEnvelopeFileV1Test, ReadBindsTheFileToItsPackage) {
   const std::pair<Bytes, BackupKeyEnvelopeFileV1Failure> cases[] = {
       {Bytes{}, Error::invalidEnvelopeFile},
       {Bytes(8193, 0xA0), Error::invalidEnvelopeFile},
-      {Bytes(8192, 0xA0), BackupKeyEnvelopeSetV1Failure(BackupKeyEnvelopeSetV1Error::malformedSet())},  // read, then decoded
+      {Bytes(8192, 0xA0),
+       BackupKeyEnvelopeSetV1Failure(BackupKeyEnvelopeSetV1Error::malformedSet())},  // read, then decoded
   };
   for (const auto& [content, expected] : cases) {
     writeFile(filePath_, content);
@@ -100,9 +106,13 @@ TEST_F(BackupKeyEnvelopeFileV1Test, WriteIsACompareAndSwapOnTheDigest) {
   // The current file is checked again just before the rename: a writer that got there while
   // this one was staging wins.
   const auto secondDigest = digestOfFile();
-  EXPECT_EQ(failureOf(write(first, secondDigest, at(FaultPoint::afterStagingVerification, [&] {
-              EXPECT_TRUE(BackupKeyEnvelopeFileV1::writeAtomically(envelopeSet(3), *package_, secondDigest).has_value());
-            }))),
+  EXPECT_EQ(failureOf(write(
+                first, secondDigest,
+                at(FaultPoint::afterStagingVerification,
+                   [&] {
+                     EXPECT_TRUE(
+                         BackupKeyEnvelopeFileV1::writeAtomically(envelopeSet(3), *package_, secondDigest).has_value());
+                   }))),
             Error::staleCurrentFile);
   EXPECT_EQ(readFile(filePath_), encodedSet(envelopeSet(3)));
 
@@ -120,10 +130,12 @@ TEST_F(BackupKeyEnvelopeFileV1Test, WriteIsACompareAndSwapOnTheDigest) {
   // A link put in the file's place while staging is never followed.
   writeFile(filePath_, encodedSet(first));
   writeFile(directory_ / "aside", encodedSet(first));
-  EXPECT_EQ(failureOf(write(envelopeSet(2), digestOfFile(), at(FaultPoint::afterStagingSync, [&] {
-              fs::remove(filePath_);
-              makeSymbolicLink(directory_ / "aside", filePath_);
-            }))),
+  EXPECT_EQ(failureOf(write(envelopeSet(2), digestOfFile(),
+                            at(FaultPoint::afterStagingSync,
+                               [&] {
+                                 fs::remove(filePath_);
+                                 makeSymbolicLink(directory_ / "aside", filePath_);
+                               }))),
             Error::invalidEnvelopeFile);
   EXPECT_TRUE(fs::is_symlink(filePath_));
   EXPECT_TRUE(stagedNames().empty());
@@ -153,7 +165,9 @@ TEST_F(BackupKeyEnvelopeFileV1Test, EveryFaultPointLeavesTheOldFileOrTheNewAndNo
     EXPECT_EQ(failureOf(result), renamed ? Error::publicationOutcomeUnknown : Error::publicationFailed) << index;
     EXPECT_EQ(passed.size(), static_cast<std::size_t>(index) + 1) << index;
     ASSERT_EQ(staged.size(), 1U);
-    EXPECT_TRUE(std::regex_match(staged.front(), std::regex(R"(\.key-envelopes-[0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-[0-9a-f]{4}-[0-9a-f]{12}\.tmp)")));
+    EXPECT_TRUE(std::regex_match(
+        staged.front(),
+        std::regex(R"(\.key-envelopes-[0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-[0-9a-f]{4}-[0-9a-f]{12}\.tmp)")));
     EXPECT_TRUE(stagedNames().empty()) << index;
     if (renamed) current = encodedSet(next);
     EXPECT_EQ(readFile(filePath_), current) << index;

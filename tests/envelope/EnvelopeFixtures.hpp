@@ -47,7 +47,8 @@ using Factor = PortableKeyFactorV1;
   return *made;
 }
 
-[[nodiscard]] inline Bytes encoded(const Value& value, const format::CBORLimits& limits = PortableKeyEnvelopeV1::encodingLimits) {
+[[nodiscard]] inline Bytes encoded(const Value& value,
+                                   const format::CBORLimits& limits = PortableKeyEnvelopeV1::encodingLimits) {
   const auto bytes = format::DeterministicCBOR::encode(value, limits);
   EXPECT_TRUE(bytes.has_value());
   return bytes.value_or(Bytes{});
@@ -55,7 +56,8 @@ using Factor = PortableKeyFactorV1;
 
 // placeholderEnvelope gives an envelope whose metadata is valid (the passphrase at the least
 // Argon2id cost) and whose frame is a placeholder that no key opens.
-[[nodiscard]] inline Bytes placeholderEnvelope(Factor factor, ByteView artifact, ByteView keySlot, std::uint64_t generation) {
+[[nodiscard]] inline Bytes placeholderEnvelope(Factor factor, ByteView artifact, ByteView keySlot,
+                                               std::uint64_t generation) {
   const bool passphrase = factor == Factor::backupPassphrase;
   const auto metadata = PortableKeyEnvelopeMetadataV1::make(
       factor, passphrase ? PortableKeyDerivationV1::argon2idV13 : PortableKeyDerivationV1::hkdfSHA256, identifier(0x0E),
@@ -68,13 +70,15 @@ using Factor = PortableKeyFactorV1;
 // entry makes a set entry of a placeholder envelope with the artifact and key slot of the seeds.
 [[nodiscard]] inline BackupKeyEnvelopeEntryV1 entry(Factor factor, std::uint8_t artifactSeed, std::uint8_t keySlotSeed,
                                                     std::uint64_t generation, bool isActive = true) {
-  auto made = BackupKeyEnvelopeEntryV1::make(placeholderEnvelope(factor, identifier(artifactSeed), identifier(keySlotSeed), generation), isActive);
+  auto made = BackupKeyEnvelopeEntryV1::make(
+      placeholderEnvelope(factor, identifier(artifactSeed), identifier(keySlotSeed), generation), isActive);
   EXPECT_TRUE(made.has_value());
   return *made;
 }
 
 // setOf makes a set of the entries for the package of the seed and the library domain of seed 2.
-[[nodiscard]] inline BackupKeyEnvelopeSetV1 setOf(std::vector<BackupKeyEnvelopeEntryV1> entries, std::uint8_t packageSeed = 1) {
+[[nodiscard]] inline BackupKeyEnvelopeSetV1 setOf(std::vector<BackupKeyEnvelopeEntryV1> entries,
+                                                  std::uint8_t packageSeed = 1) {
   auto made = BackupKeyEnvelopeSetV1::make(identifier(packageSeed), identifier(2), std::move(entries));
   EXPECT_TRUE(made.has_value());
   return *made;

@@ -1,16 +1,15 @@
 #include "fixtureproducer/FixtureProducer.hpp"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 
-#include <nlohmann/json.hpp>
-
-#include "format/header/BackupFormatHeaderV1.hpp"
-#include "fixtureproducer/FixtureProducerCredentials.hpp"
 #include "envelope/BackupKeyEnvelopeSetV1.hpp"
 #include "envelope/PortableKeyEnvelopeV1.hpp"
+#include "fixtureproducer/FixtureProducerCredentials.hpp"
 #include "fixtures/FixtureMaterial.hpp"
+#include "format/header/BackupFormatHeaderV1.hpp"
 #include "support/FileFixtures.hpp"
 #include "support/TemporaryDirectory.hpp"
 
@@ -33,7 +32,8 @@ TEST(FixtureProducer, RegeneratedSetEqualsTheCommittedOneByteForByte) {
   ASSERT_TRUE(FixtureProducer::produce(temporary / "v1").has_value());
   ASSERT_EQ(namesIn(temporary / "v1"), namesIn(committed));
   for (const std::string& name : namesIn(committed)) {
-    EXPECT_EQ(testsupport::FileFixtures::readFile(temporary / "v1" / name), testsupport::FileFixtures::readFile(committed / name))
+    EXPECT_EQ(testsupport::FileFixtures::readFile(temporary / "v1" / name),
+              testsupport::FileFixtures::readFile(committed / name))
         << name;
   }
   // A directory that exists is refused and left as it was.
@@ -63,8 +63,8 @@ TEST(FixtureProducer, KeyEnvelopesOpenToTheGraphMasterKey) {
     ASSERT_TRUE(context.has_value());
     const auto opened =
         metadata.factor() == envelope::PortableKeyFactorV1::recoveryKey
-            ? envelope::PortableKeyEnvelopeV1::openWithRecoveryKey(entry.envelope(), FixtureProducerCredentials::recoveryKey(),
-                                                                   *context)
+            ? envelope::PortableKeyEnvelopeV1::openWithRecoveryKey(entry.envelope(),
+                                                                   FixtureProducerCredentials::recoveryKey(), *context)
             : envelope::PortableKeyEnvelopeV1::openWithBackupPassphrase(
                   entry.envelope(), ByteText::view(FixtureProducerCredentials::backupPassphrase), *context);
     EXPECT_EQ(opened, fixtures::FixtureMaterial::keyFromSeed(fixtures::FixtureMaterial::graphBPMKSeed))

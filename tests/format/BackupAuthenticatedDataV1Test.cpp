@@ -1,3 +1,5 @@
+#include "format/sealing/BackupAuthenticatedDataV1.hpp"
+
 #include <gtest/gtest.h>
 
 #include <optional>
@@ -5,7 +7,6 @@
 #include <string_view>
 
 #include "format/header/BackupFormatV1.hpp"
-#include "format/sealing/BackupAuthenticatedDataV1.hpp"
 #include "support/HexBytes.hpp"
 
 namespace galdrine::format {
@@ -27,8 +28,12 @@ Bytes expectedBytes(std::string_view domain, bool bound, std::string_view ordina
   const auto text = [](std::string_view value) { return ByteText::lowerHex(ByteText::view(value)); };
   const Bytes head = domain.size() < 24 ? Bytes{static_cast<std::uint8_t>(0x60 | domain.size())}
                                         : Bytes{0x78, static_cast<std::uint8_t>(domain.size())};
-  std::string hex = (bound ? "8b" : "88") + ByteText::lowerHex(head) + text(domain) + "76" + text("com.galdrine.backup.v1");
-  hex += "01" "6b" + text("aes-256-gcm") + "50" + std::string(32, '1') + "50" + std::string(32, '2') + "50" + std::string(32, '3');
+  std::string hex =
+      (bound ? "8b" : "88") + ByteText::lowerHex(head) + text(domain) + "76" + text("com.galdrine.backup.v1");
+  hex +=
+      "01"
+      "6b" +
+      text("aes-256-gcm") + "50" + std::string(32, '1') + "50" + std::string(32, '2') + "50" + std::string(32, '3');
   hex += ordinalHex;
   if (bound) hex.append("5820").append(64, '4').append("50").append(32, '5').append("5820").append(64, '6');
   return testsupport::hexBytes(hex);
@@ -38,7 +43,12 @@ Bytes expectedBytes(std::string_view domain, bool bound, std::string_view ordina
 
 // Every domain, and the ordinal in its shortest form.
 TEST(BackupAuthenticatedDataV1, EncodesTheExactBytes) {
-  const struct { Domain domain; std::string_view rawText; std::uint64_t ordinal; std::string_view ordinalHex; } cases[] = {
+  const struct {
+    Domain domain;
+    std::string_view rawText;
+    std::uint64_t ordinal;
+    std::string_view ordinalHex;
+  } cases[] = {
       {Domain::bpmkPassphraseEnvelope, "galdrine/backup/bpmk-passphrase-envelope/v1", 5, "05"},
       {Domain::bpmkRecoveryEnvelope, "galdrine/backup/bpmk-recovery-envelope/v1", 5, "05"},
       {Domain::payloadKeyEnvelope, "galdrine/backup/payload-key-envelope/v1", 5, "05"},
@@ -56,16 +66,21 @@ TEST(BackupAuthenticatedDataV1, EncodesTheExactBytes) {
   };
   for (const auto& row : cases) {
     const bool bound = row.domain == Domain::bpmkPassphraseEnvelope || row.domain == Domain::bpmkRecoveryEnvelope;
-    const auto record = BackupAuthenticatedDataV1::make(row.domain, packageIdentifier, libraryDomainIdentifier, artifactIdentifier,
-                                                        row.ordinal, bound ? std::optional(validBinding()) : std::nullopt);
+    const auto record =
+        BackupAuthenticatedDataV1::make(row.domain, packageIdentifier, libraryDomainIdentifier, artifactIdentifier,
+                                        row.ordinal, bound ? std::optional(validBinding()) : std::nullopt);
     ASSERT_TRUE(record.has_value()) << row.rawText;
-    EXPECT_EQ(record->encoded(), expectedBytes(row.rawText, bound, row.ordinalHex)) << row.rawText << " " << row.ordinal;
+    EXPECT_EQ(record->encoded(), expectedBytes(row.rawText, bound, row.ordinalHex))
+        << row.rawText << " " << row.ordinal;
   }
   EXPECT_EQ(allCases<Domain>.size(), 11u);
 }
 
 TEST(BackupAuthenticatedDataV1, ChecksRunInOrder) {
-  const struct { std::size_t headerDigest, keySlot, kdfDigest; Error expected; } bindingCases[] = {
+  const struct {
+    std::size_t headerDigest, keySlot, kdfDigest;
+    Error expected;
+  } bindingCases[] = {
       {31, 15, 31, Error::invalidHeaderDigest},
       {32, 17, 31, Error::invalidKeySlotIdentifier},
       {32, 16, 0, Error::invalidKDFParameterDigest},
@@ -74,17 +89,26 @@ TEST(BackupAuthenticatedDataV1, ChecksRunInOrder) {
     EXPECT_EQ(Binding::make(Bytes(row.headerDigest, 1), Bytes(row.keySlot, 1), Bytes(row.kdfDigest, 1)),
               std::unexpected(row.expected));
   }
-  const struct { std::string_view name; Domain domain; std::size_t package, library, artifact; bool bound; Error expected; }
-      recordCases[] = {
+  const struct {
+    std::string_view name;
+    Domain domain;
+    std::size_t package, library, artifact;
+    bool bound;
+    Error expected;
+  } recordCases[] = {
       {"short package identifier first", Domain::manifest, 15, 15, 15, true, Error::invalidPackageIdentifier},
       {"long library domain", Domain::manifest, 16, 17, 15, true, Error::invalidLibraryDomainIdentifier},
-      {"short artifact on an unbound envelope", Domain::bpmkPassphraseEnvelope, 16, 16, 15, false, Error::invalidArtifactIdentifier},
-      {"recovery envelope without binding", Domain::bpmkRecoveryEnvelope, 16, 16, 16, false, Error::envelopeBindingRequired},
+      {"short artifact on an unbound envelope", Domain::bpmkPassphraseEnvelope, 16, 16, 15, false,
+       Error::invalidArtifactIdentifier},
+      {"recovery envelope without binding", Domain::bpmkRecoveryEnvelope, 16, 16, 16, false,
+       Error::envelopeBindingRequired},
       {"manifest with binding", Domain::manifest, 16, 16, 16, true, Error::envelopeBindingNotAllowed},
-      {"payload key envelope with binding", Domain::payloadKeyEnvelope, 16, 16, 16, true, Error::envelopeBindingNotAllowed},
+      {"payload key envelope with binding", Domain::payloadKeyEnvelope, 16, 16, 16, true,
+       Error::envelopeBindingNotAllowed},
   };
   for (const auto& row : recordCases) {
-    EXPECT_EQ(BackupAuthenticatedDataV1::make(row.domain, Bytes(row.package, 1), Bytes(row.library, 1), Bytes(row.artifact, 1), 0,
+    EXPECT_EQ(BackupAuthenticatedDataV1::make(row.domain, Bytes(row.package, 1), Bytes(row.library, 1),
+                                              Bytes(row.artifact, 1), 0,
                                               row.bound ? std::optional(validBinding()) : std::nullopt),
               std::unexpected(row.expected))
         << row.name;

@@ -1,7 +1,8 @@
+#include "format/graph/BackupCommitGraph.hpp"
+
 #include <gtest/gtest.h>
 
 #include "BackupGraphTestRecords.hpp"
-#include "format/graph/BackupCommitGraph.hpp"
 
 namespace galdrine::format {
 
@@ -20,8 +21,12 @@ Reference commitReference(std::uint32_t number, std::uint8_t frameDigest = 0xA1)
 }
 
 // Commit `number` on `parent` (none for a root), in `epoch` at `generation`, acknowledging `tips`.
-struct Shape { std::uint32_t number; std::optional<std::uint32_t> parent; std::uint64_t epoch = 0, generation = 0;
-               std::vector<std::uint32_t> tips = {}; };
+struct Shape {
+  std::uint32_t number;
+  std::optional<std::uint32_t> parent;
+  std::uint64_t epoch = 0, generation = 0;
+  std::vector<std::uint32_t> tips = {};
+};
 
 Commit makeCommit(const Shape& shape) {
   const auto parent = shape.parent ? std::optional(commitReference(*shape.parent)) : std::nullopt;
@@ -40,7 +45,8 @@ std::vector<Commit> makeCommits(const std::vector<Shape>& shapes) {
 
 Head makeHead(std::uint32_t number, Reference commit) {
   auto head = made(BackupHeadV1::make(identifier(number, 0x40), kLibrary, std::move(commit), 0));
-  return made(Head::make(made(Reference::make(identifier(number, 0x40), 90, digest(3), 80, digest(4))), std::move(head)));
+  return made(
+      Head::make(made(Reference::make(identifier(number, 0x40), 90, digest(3), 80, digest(4))), std::move(head)));
 }
 
 std::vector<Head> headsOn(const std::vector<std::uint32_t>& commitNumbers) {
@@ -65,8 +71,13 @@ TEST(BackupCommitGraph, DecidesTipsAndAccessFromContentAlone) {
   const Shape healsOnlyThird{4, 2, 1, 1, {5}};
   const Shape healsBoth{4, 2, 1, 1, {3, 5}};
   // tips ascending; settled is the canonical tip of a writable package, else a fork.
-  const struct { std::string_view name; std::vector<Shape> shapes; std::vector<std::uint32_t> headCommits, tips;
-                 std::optional<std::uint32_t> settled; std::uint64_t epoch; } cases[] = {
+  const struct {
+    std::string_view name;
+    std::vector<Shape> shapes;
+    std::vector<std::uint32_t> headCommits, tips;
+    std::optional<std::uint32_t> settled;
+    std::uint64_t epoch;
+  } cases[] = {
       {"nothing at all", {}, {}, {}, std::nullopt, 0},
       {"commits without heads", {kRoot, {2, 1, 4, 1}}, {}, {}, std::nullopt, 4},
       // Two heads on one commit and one on its ancestor give one tip; commit 5 is reached by none.
@@ -75,15 +86,20 @@ TEST(BackupCommitGraph, DecidesTipsAndAccessFromContentAlone) {
       {"two branches", {kRoot, kLeft, kRight}, {2, 3}, {2, 3}, std::nullopt, 0},
       {"a commit that acknowledges the other tip", {kRoot, kLeft, kRight, healing}, {3, 4}, {3, 4}, 4, 1},
       {"one of three tips acknowledges both", {kRoot, kLeft, kRight, healsBoth, third}, {5, 4, 3}, {3, 4, 5}, 4, 1},
-      {"one of three tips acknowledges one", {kRoot, kLeft, kRight, healsOnlyThird, third}, {5, 4, 3}, {3, 4, 5},
-       std::nullopt, 1},
+      {"one of three tips acknowledges one",
+       {kRoot, kLeft, kRight, healsOnlyThird, third},
+       {5, 4, 3},
+       {3, 4, 5},
+       std::nullopt,
+       1},
       {"a writer takes over with a higher epoch", {kRoot, kLeft, {4, 2, 5, 1}, {6, 4, 5, 2}}, {6}, {6}, 6, 5},
   };
   for (const auto& row : cases) {
     SCOPED_TRACE(std::string(row.name));
     const auto commits = makeCommits(row.shapes);
     const auto tipOf = [&](std::uint32_t number) {
-      return Tip(*std::ranges::find_if(commits, [&](const Commit& c) { return c.commit().identifier() == identifier(number); }));
+      return Tip(*std::ranges::find_if(commits,
+                                       [&](const Commit& c) { return c.commit().identifier() == identifier(number); }));
     };
     BackupCommitGraphScan expected{AccessState::writable(std::nullopt), {}, {}, row.epoch};
     for (const std::uint32_t tip : row.tips) expected.retainedTips.push_back(tipOf(tip));
@@ -98,7 +114,10 @@ TEST(BackupCommitGraph, DecidesTipsAndAccessFromContentAlone) {
 
 TEST(BackupCommitGraph, LineageFaultsAreRefused) {
   // In each row the last commit breaks one rule; the others are sound.
-  const struct { std::string_view name; std::vector<Shape> shapes; } cases[] = {
+  const struct {
+    std::string_view name;
+    std::vector<Shape> shapes;
+  } cases[] = {
       {"a root with acknowledged tips", {{9, std::nullopt}, {1, std::nullopt, 0, 0, {9}}}},
       {"a generation skipped", {kRoot, {2, 1, 0, 2}}},
       {"same epoch, other tips", {kRoot, kLeft, kRight, {4, 2, 1, 1, {3}}, {5, 4, 1, 2}}},
@@ -140,8 +159,9 @@ TEST(BackupCommitGraph, EveryReferenceMustBindTheFrameSeen) {
   EXPECT_EQ(scanError(makeCommits({{2, 1, 0, 1}}), {}), Error::missingReference);
   EXPECT_EQ(scanError(makeCommits({kRoot, kLeft, {3, 1, 1, 1, {8}}}), {}), Error::missingReference);
   // The parent's frame was seen with another digest than its child names.
-  EXPECT_EQ(scanError({made(Commit::make(commitReference(1, 0xA2), makeCommit(kRoot).commit())), makeCommit(kLeft)}, {}),
-            Error::missingReference);
+  EXPECT_EQ(
+      scanError({made(Commit::make(commitReference(1, 0xA2), makeCommit(kRoot).commit())), makeCommit(kLeft)}, {}),
+      Error::missingReference);
 }
 
 // A ring has no root and is never reached, also beside sound commits; an authenticated record
@@ -151,12 +171,14 @@ TEST(BackupCommitGraph, RingsAndForeignReferencesAreRefused) {
   const auto withSoundOnes = makeCommits({kRoot, kLeft, {5, 6, 0, 1}, {6, 5, 0, 1}, {7, std::nullopt, 0, 0, {2}}});
   EXPECT_EQ(scanError(withSoundOnes, headsOn({2})), Error::cyclicGraph);
   EXPECT_EQ(errorOf(Commit::make(commitReference(3), makeCommit(kLeft).commit())), Error::invalidAuthenticatedRecord);
-  EXPECT_EQ(errorOf(Head::make(commitReference(3), makeHead(0, commitReference(1)).head())), Error::invalidAuthenticatedRecord);
+  EXPECT_EQ(errorOf(Head::make(commitReference(3), makeHead(0, commitReference(1)).head())),
+            Error::invalidAuthenticatedRecord);
 }
 
 TEST(BackupCommitGraph, AChainOf20000CommitsScansWithoutDeepRecursion) {
   std::vector<Commit> commits{makeCommit({0, std::nullopt})};
-  for (std::uint32_t number = 1; number <= 20'000; ++number) commits.push_back(makeCommit({number, number - 1, 0, number}));
+  for (std::uint32_t number = 1; number <= 20'000; ++number)
+    commits.push_back(makeCommit({number, number - 1, 0, number}));
   EXPECT_EQ(scanError(commits, {}), Error::recordLimitExceeded);
   EXPECT_EQ(scanError({}, std::vector<Head>(20'001, makeHead(0, commitReference(9)))), Error::recordLimitExceeded);
   commits.pop_back();

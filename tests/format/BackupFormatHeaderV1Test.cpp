@@ -1,3 +1,5 @@
+#include "format/header/BackupFormatHeaderV1.hpp"
+
 #include <gtest/gtest.h>
 
 #include <optional>
@@ -7,7 +9,6 @@
 #include <vector>
 
 #include "format/cbor/DeterministicCBOR.hpp"
-#include "format/header/BackupFormatHeaderV1.hpp"
 #include "support/HexBytes.hpp"
 
 namespace galdrine::format {
@@ -75,29 +76,39 @@ TEST(BackupFormatHeaderV1, DecodeNamesTheFirstFailedCheck) {
   const auto number = [](std::uint64_t value) { return Value::unsignedInteger(value); };
   Bytes trailing = expectedHeaderBytes(kIdentifier);
   trailing.push_back(0x00);
-  const struct { std::string_view name; Bytes input; Failure expected; } cases[] = {
+  const struct {
+    std::string_view name;
+    Bytes input;
+    Failure expected;
+  } cases[] = {
       {"trailing byte", trailing, CBORError{CBORError::Code::trailingBytes}},
       {"empty", {}, CBORError{CBORError::Code::unexpectedEnd}},
       {"4097 bytes", Bytes(4097, 0), CBORError{CBORError::Code::encodedByteLimitExceeded}},
       {"array at the root", hexBytes("80"), Error::invalidTopLevel()},
       {"empty map", hexBytes("a0"), Error::invalidFieldSet()},
       {"thirteenth key", changed({{12, Value::null()}}), Error::invalidFieldSet()},
-      {"key 11 missing, key 0 wrong too", changed({{11, std::nullopt}, {0, text("GALDRINE")}}), Error::invalidFieldSet()},
+      {"key 11 missing, key 0 wrong too", changed({{11, std::nullopt}, {0, text("GALDRINE")}}),
+       Error::invalidFieldSet()},
       {"magic as text", changed({{0, text("GALDRINE")}}), Error::invalidFieldType(0)},
       {"other magic", changed({{0, Value::byteString(ByteText::bytes("GALDRINF"))}}), Error::invalidMagic()},
-      {"format identifier in upper case", changed({{1, text("COM.GALDRINE.BACKUP.V1")}}), Error::unsupportedFormatIdentifier()},
-      {"header schema of another version", changed({{2, text("com.galdrine.backup.header.v2")}}), Error::unsupportedHeaderSchema()},
+      {"format identifier in upper case", changed({{1, text("COM.GALDRINE.BACKUP.V1")}}),
+       Error::unsupportedFormatIdentifier()},
+      {"header schema of another version", changed({{2, text("com.galdrine.backup.header.v2")}}),
+       Error::unsupportedHeaderSchema()},
       {"format version as text", changed({{3, text("1")}}), Error::invalidFieldType(3)},
-      {"format version 2, a limit wrong too", changed({{3, number(2)}, {10, number(64)}}), Error::unsupportedFormatVersion(2)},
+      {"format version 2, a limit wrong too", changed({{3, number(2)}, {10, number(64)}}),
+       Error::unsupportedFormatVersion(2)},
       {"reader version 2", changed({{4, number(2)}}), Error::unsupportedMinimumReaderVersion(2)},
       {"identifier of 15 bytes, suite wrong too", changed({{5, Value::byteString(Bytes(15, 1))}, {6, text("x")}}),
        Error::invalidPackageIdentifier()},
-      {"other suite", changed({{6, text("com.galdrine.backup.algorithm-suite.v2")}}), Error::unsupportedAlgorithmSuite()},
+      {"other suite", changed({{6, text("com.galdrine.backup.algorithm-suite.v2")}}),
+       Error::unsupportedAlgorithmSuite()},
       {"layout as array", changed({{7, Value::array({})}}), Error::invalidFieldType(7)},
       {"other layout", changed({{7, text("flat")}}), Error::unsupportedLayout()},
       {"smaller packed resource ceiling", changed({{8, number(1024)}}), Error::incompatibleLayoutLimit(8)},
       {"larger segment ceiling", changed({{9, number(67108865)}}), Error::incompatibleLayoutLimit(9)},
-      {"segment resource count 64, key 11 as text", changed({{10, number(64)}, {11, text("x")}}), Error::incompatibleLayoutLimit(10)},
+      {"segment resource count 64, key 11 as text", changed({{10, number(64)}, {11, text("x")}}),
+       Error::incompatibleLayoutLimit(10)},
       {"standalone chunk ceiling negative", changed({{11, Value::negative(16777215)}}), Error::invalidFieldType(11)},
   };
   for (const auto& row : cases) {

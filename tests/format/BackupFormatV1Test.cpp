@@ -1,14 +1,17 @@
+#include "format/header/BackupFormatV1.hpp"
+
 #include <gtest/gtest.h>
 
 #include <string>
-
-#include "format/header/BackupFormatV1.hpp"
 
 namespace galdrine::format {
 
 TEST(BackupFormatV1, PackageRootNames) {
   const auto nameOfByteCount = [](std::size_t byteCount) { return std::string(byteCount - 9, 'a') + ".galdrine"; };
-  const struct { std::string name; bool valid; } cases[] = {
+  const struct {
+    std::string name;
+    bool valid;
+  } cases[] = {
       {"a.galdrine", true},
       {"Fotos f\u00FCr Oma \u2014 2024.galdrine", true},
       {nameOfByteCount(128), true},

@@ -45,8 +45,8 @@ inline BackupHeadV1 head(std::int64_t createdAt = -1) {
   return made(BackupHeadV1::make(identifier(1, 0x40), kLibrary, reference(7), createdAt));
 }
 inline BackupCommitV1 commit() {
-  return made(BackupCommitV1::make(identifier(7), kLibrary, reference(6), reference(5), kManifest, filled(16, 0x55), 3, 2,
-                                   1'700'000'000'000, digest(9), {reference(2), reference(3)}));
+  return made(BackupCommitV1::make(identifier(7), kLibrary, reference(6), reference(5), kManifest, filled(16, 0x55), 3,
+                                   2, 1'700'000'000'000, digest(9), {reference(2), reference(3)}));
 }
 inline BackupSnapshotV1 snapshot() {
   return made(BackupSnapshotV1::make(identifier(5), kLibrary, 1'700'000'000'000, reference(4), digest(3), digest(9),

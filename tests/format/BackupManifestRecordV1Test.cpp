@@ -71,7 +71,11 @@ using Source = BackupMediaSourceTypeV1;
 
 // A rule changes valid fields; an expected error of nothing means the record stays valid.
 template <typename Record>
-struct Rule { std::string name; std::function<void(typename Record::Fields&)> change; std::optional<Error> expected; };
+struct Rule {
+  std::string name;
+  std::function<void(typename Record::Fields&)> change;
+  std::optional<Error> expected;
+};
 
 template <typename Record>
 void expectRules(const typename Record::Fields& valid, const std::vector<Rule<Record>>& rules) {
@@ -102,7 +106,12 @@ TEST(BackupManifestRecordRules, PayloadKey) {
   expectRules<BackupPayloadKeyRecordV1>(
       payloadKeyFields(1, BackupPayloadKeyScopeV1::pack, 2),
       {{"17-byte bound identifier", [](auto& f) { f.boundIdentifier = bytesOf(1, 17); }, Error::invalidIdentifier},
-       {"identifier before frame", [](auto& f) { f.identifier = bytesOf(1, 15); f.wrappedKeyFrame = {}; }, Error::invalidIdentifier},
+       {"identifier before frame",
+        [](auto& f) {
+          f.identifier = bytesOf(1, 15);
+          f.wrappedKeyFrame = {};
+        },
+        Error::invalidIdentifier},
        {"empty frame", [](auto& f) { f.wrappedKeyFrame = {}; }, Error::invalidKey},
        {"4,097-byte frame", [](auto& f) { f.wrappedKeyFrame = bytesOf(1, 4097); }, Error::invalidKey},
        {"4,096-byte frame", [](auto& f) { f.wrappedKeyFrame = bytesOf(1, 4096); }, std::nullopt}});
@@ -111,9 +120,19 @@ TEST(BackupManifestRecordRules, PayloadKey) {
 TEST(BackupManifestRecordRules, Item) {
   expectRules<Item>(
       itemFields(1, identifiers({2, 3})),
-      {{"identifier before name", [](auto& f) { f.identifier = bytesOf(1, 15); f.originalFilename = ""; }, Error::invalidIdentifier},
+      {{"identifier before name",
+        [](auto& f) {
+          f.identifier = bytesOf(1, 15);
+          f.originalFilename = "";
+        },
+        Error::invalidIdentifier},
        {"empty name from photos", [](auto& f) { f.originalFilename = ""; }, Error::invalidValue},
-       {"empty name from the private camera", [](auto& f) { f.originalFilename = ""; f.sourceType = Source::privateCamera; }, std::nullopt},
+       {"empty name from the private camera",
+        [](auto& f) {
+          f.originalFilename = "";
+          f.sourceType = Source::privateCamera;
+        },
+        std::nullopt},
        {"1,025-byte name", [](auto& f) { f.originalFilename = textOfByteCount(1025); }, Error::invalidValue},
        {"name not UTF-8", [](auto& f) { f.originalFilename = invalidUTF8(); }, Error::invalidValue},
        {"zone -64,800", [](auto& f) { f.displayTimeZoneSeconds = -64800; }, std::nullopt},
@@ -121,17 +140,39 @@ TEST(BackupManifestRecordRules, Item) {
        {"trashed without a date", [](auto& f) { f.lifecycle = BackupMediaLifecycleV1::trash; }, Error::invalidValue},
        {"active with a trash date", [](auto& f) { f.trashDateUTCMilliseconds = 0; }, Error::invalidValue},
        {"no resources", [](auto& f) { f.resourceIdentifiers = {}; }, Error::invalidValue},
-       {"9 resources", [](auto& f) { f.resourceIdentifiers = identifiers({1, 2, 3, 4, 5, 6, 7, 8, 9}); }, Error::invalidValue},
-       {"a resource twice", [](auto& f) { f.resourceIdentifiers = identifiers({2, 2}); }, Error::invalidValue},
-       {"prefix sorts first, but 17 bytes", [](auto& f) { f.resourceIdentifiers = viewsOf({bytesOf(2, 16), bytesOf(2, 17)}); }, Error::invalidValue}});
+       {"9 resources",
+        [](auto& f) {
+          f.resourceIdentifiers = identifiers({1, 2, 3, 4, 5, 6, 7, 8, 9});
+        },
+        Error::invalidValue},
+       {"a resource twice",
+        [](auto& f) {
+          f.resourceIdentifiers = identifiers({2, 2});
+        },
+        Error::invalidValue},
+       {"prefix sorts first, but 17 bytes",
+        [](auto& f) {
+          f.resourceIdentifiers = viewsOf({bytesOf(2, 16), bytesOf(2, 17)});
+        },
+        Error::invalidValue}});
 }
 
 TEST(BackupManifestRecordRules, Resource) {
   expectRules<Resource>(
       packedResourceFields(1, 2, 3, 4, 0),
       {{"15-byte key", [](auto& f) { f.payloadKeyIdentifier = bytesOf(1, 15); }, Error::invalidIdentifier},
-       {"identifier before digest", [](auto& f) { f.itemIdentifier = bytesOf(1, 15); f.plaintextSHA256 = {}; }, Error::invalidIdentifier},
-       {"digest before type", [](auto& f) { f.plaintextSHA256 = bytesOf(1, 31); f.originalUTI = ""; }, Error::invalidDigest},
+       {"identifier before digest",
+        [](auto& f) {
+          f.itemIdentifier = bytesOf(1, 15);
+          f.plaintextSHA256 = {};
+        },
+        Error::invalidIdentifier},
+       {"digest before type",
+        [](auto& f) {
+          f.plaintextSHA256 = bytesOf(1, 31);
+          f.originalUTI = "";
+        },
+        Error::invalidDigest},
        {"empty type", [](auto& f) { f.originalUTI = ""; }, Error::invalidValue},
        {"256-byte type", [](auto& f) { f.originalUTI = textOfByteCount(256); }, Error::invalidValue},
        {"over 2^36 bytes", [](auto& f) { f.plaintextByteCount = (std::uint64_t{1} << 36) + 1; }, Error::invalidValue},
@@ -140,15 +181,31 @@ TEST(BackupManifestRecordRules, Resource) {
        {"2^31 high", [](auto& f) { f.pixelHeight = 2147483648; }, Error::invalidValue},
        {"negative zero duration", [](auto& f) { f.durationIEEE754Bits = bitsOf(-0.0); }, std::nullopt},
        {"negative duration", [](auto& f) { f.durationIEEE754Bits = bitsOf(-0.001); }, Error::invalidValue},
-       {"not a number", [](auto& f) { f.durationIEEE754Bits = bitsOf(std::numeric_limits<double>::quiet_NaN()); }, Error::invalidValue},
-       {"value before layout", [](auto& f) { f.originalUTI = ""; f.parts = {}; }, Error::invalidValue}});
+       {"not a number", [](auto& f) { f.durationIEEE754Bits = bitsOf(std::numeric_limits<double>::quiet_NaN()); },
+        Error::invalidValue},
+       {"value before layout",
+        [](auto& f) {
+          f.originalUTI = "";
+          f.parts = {};
+        },
+        Error::invalidValue}});
 }
 
 TEST(BackupManifestRecordRules, PartsAndTheirLayout) {
   expectRules<Part>(
       packPartFields(1, 0, 1000, 2),
-      {{"artifact before digest", [](auto& f) { f.artifactIdentifier = bytesOf(1, 15); f.plaintextSHA256 = bytesOf(1, 31); }, Error::invalidIdentifier},
-       {"digest before size", [](auto& f) { f.artifactFileSHA256 = bytesOf(1, 33); f.plaintextByteCount = 0; }, Error::invalidDigest},
+      {{"artifact before digest",
+        [](auto& f) {
+          f.artifactIdentifier = bytesOf(1, 15);
+          f.plaintextSHA256 = bytesOf(1, 31);
+        },
+        Error::invalidIdentifier},
+       {"digest before size",
+        [](auto& f) {
+          f.artifactFileSHA256 = bytesOf(1, 33);
+          f.plaintextByteCount = 0;
+        },
+        Error::invalidDigest},
        {"empty part", [](auto& f) { f.plaintextByteCount = 0; }, Error::invalidResourceLayout},
        {"one byte over a frame", [](auto& f) { f.plaintextByteCount = 16777217; }, Error::invalidResourceLayout},
        {"empty file", [](auto& f) { f.artifactFileByteCount = 0; }, Error::invalidResourceLayout}});
@@ -179,7 +236,11 @@ TEST(BackupManifestRecordRules, PartsAndTheirLayout) {
       {{"pack place 31", withParts({packPartFields(4, 31, 1000, 1)}), std::nullopt},
        {"pack place 32", withParts({packPartFields(4, 32, 1000, 1)}), Error::invalidResourceLayout},
        {"pack with another digest", withParts({packPartFields(4, 0, 1000, 9)}), Error::invalidResourceLayout},
-       {"two parts in a pack", [&](auto& f) { f.plaintextByteCount = 2000; withParts({packPartFields(4, 0, 1000, 1), secondPack})(f); },
+       {"two parts in a pack",
+        [&](auto& f) {
+          f.plaintextByteCount = 2000;
+          withParts({packPartFields(4, 0, 1000, 1), secondPack})(f);
+        },
         Error::invalidResourceLayout}});
 
   // The largest resource: 4,096 chunks of a frame's worth is exactly 2^36 bytes and still fits
@@ -189,7 +250,8 @@ TEST(BackupManifestRecordRules, PartsAndTheirLayout) {
 }
 
 TEST(BackupManifestRecordRules, FolderAlbumMembershipAndTombstone) {
-  for (const std::string_view name : std::initializer_list<std::string_view>{"", " \t\n\r ", "\u3000", textOfByteCount(513), invalidUTF8()}) {
+  for (const std::string_view name :
+       std::initializer_list<std::string_view>{"", " \t\n\r ", "\u3000", textOfByteCount(513), invalidUTF8()}) {
     auto folder = folderFields(1, 2);
     folder.name = name;
     EXPECT_EQ(errorOf(Folder::make(folder)), Error::invalidValue) << name;
@@ -199,24 +261,48 @@ TEST(BackupManifestRecordRules, FolderAlbumMembershipAndTombstone) {
   }
   expectRules<Folder>(
       folderFields(1, 2),
-      {{"parent before name", [](auto& f) { f.parentFolderIdentifier = bytesOf(2, 15); f.name = ""; }, Error::invalidIdentifier},
+      {{"parent before name",
+        [](auto& f) {
+          f.parentFolderIdentifier = bytesOf(2, 15);
+          f.name = "";
+        },
+        Error::invalidIdentifier},
        {"its own parent", [](auto& f) { f.parentFolderIdentifier = identifier(1); }, Error::invalidValue},
        {"no parent", [](auto& f) { f.parentFolderIdentifier = std::nullopt; }, std::nullopt}});
   expectRules<Album>(
       albumFields(1, 2, 3),
-      {{"cover before name", [](auto& f) { f.coverItemIdentifier = bytesOf(3, 15); f.name = ""; }, Error::invalidIdentifier},
+      {{"cover before name",
+        [](auto& f) {
+          f.coverItemIdentifier = bytesOf(3, 15);
+          f.name = "";
+        },
+        Error::invalidIdentifier},
        {"15-byte folder", [](auto& f) { f.parentFolderIdentifier = bytesOf(2, 15); }, Error::invalidIdentifier},
-       {"no folder, no cover", [](auto& f) { f.parentFolderIdentifier = f.coverItemIdentifier = std::nullopt; }, std::nullopt}});
+       {"no folder, no cover", [](auto& f) { f.parentFolderIdentifier = f.coverItemIdentifier = std::nullopt; },
+        std::nullopt}});
   expectRules<BackupAlbumMembershipRecordV1>(
       membershipFields(1, 2),
       {{"17-byte item", [](auto& f) { f.itemIdentifier = bytesOf(1, 17); }, Error::invalidIdentifier},
-       {"extreme values", [](auto& f) { f.manualPosition = std::numeric_limits<std::int64_t>::min(); f.addedAtUTCMilliseconds = std::numeric_limits<std::int64_t>::max(); }, std::nullopt}});
+       {"extreme values",
+        [](auto& f) {
+          f.manualPosition = std::numeric_limits<std::int64_t>::min();
+          f.addedAtUTCMilliseconds = std::numeric_limits<std::int64_t>::max();
+        },
+        std::nullopt}});
   expectRules<BackupTombstoneRecordV1>(
       tombstoneFields(1, identifiers({2})),
       {{"15-byte item", [](auto& f) { f.itemIdentifier = bytesOf(1, 15); }, Error::invalidIdentifier},
        {"no resources", [](auto& f) { f.resourceIdentifiers = {}; }, std::nullopt},
-       {"9 resources", [](auto& f) { f.resourceIdentifiers = identifiers({1, 2, 3, 4, 5, 6, 7, 8, 9}); }, Error::invalidValue},
-       {"resources descending", [](auto& f) { f.resourceIdentifiers = identifiers({5, 4}); }, Error::invalidValue}});
+       {"9 resources",
+        [](auto& f) {
+          f.resourceIdentifiers = identifiers({1, 2, 3, 4, 5, 6, 7, 8, 9});
+        },
+        Error::invalidValue},
+       {"resources descending",
+        [](auto& f) {
+          f.resourceIdentifiers = identifiers({5, 4});
+        },
+        Error::invalidValue}});
 }
 
 TEST(BackupManifestRecordCodecV1, EveryKindRoundTripsAndRefusesEveryFieldOfTheWrongType) {
@@ -253,7 +339,12 @@ TEST(BackupManifestRecordCodecV1, RefusesFieldsInTheOrderOfItsChecks) {
     parts[1] = Value::array(std::move(items));
     return Value::array(std::move(parts));
   };
-  const struct { std::string name; Kind kind; Value value; std::optional<Error> expected; } cases[] = {
+  const struct {
+    std::string name;
+    Kind kind;
+    Value value;
+    std::optional<Error> expected;
+  } cases[] = {
       {"signed beyond 64 bits", Kind::item, with(itemMap, {{3, beyondSigned}}), Error::invalidValue},
       {"type before signed range", Kind::item, with(itemMap, {{3, beyondSigned}, {13, Value::null()}}),
        Error::malformedRecord},
@@ -261,14 +352,14 @@ TEST(BackupManifestRecordCodecV1, RefusesFieldsInTheOrderOfItsChecks) {
        Error::invalidValue},
       {"rules after decoding", Kind::item, with(itemMap, {{1, shortIdentifier}}), Error::invalidIdentifier},
       {"kind 3", Kind::item, with(itemMap, {{2, Value::unsignedInteger(3)}}), Error::malformedRecord},
-      {"container 2", Kind::resource, with(resource, {{11, part(4, Value::unsignedInteger(2))}}), Error::malformedRecord},
-      {"part of 10 items", Kind::resource, with(resource, {{11, part(9, Value::unsignedInteger(0))}}), Error::malformedRecord},
+      {"container 2", Kind::resource, with(resource, {{11, part(4, Value::unsignedInteger(2))}}),
+       Error::malformedRecord},
+      {"part of 10 items", Kind::resource, with(resource, {{11, part(9, Value::unsignedInteger(0))}}),
+       Error::malformedRecord},
       {"required field null", Kind::resource, with(resource, {{9, Value::null()}}), Error::malformedRecord},
-      {"optional fields null", Kind::resource, with(resource, {{6, Value::null()}, {7, Value::null()}}),
-       std::nullopt},
+      {"optional fields null", Kind::resource, with(resource, {{6, Value::null()}, {7, Value::null()}}), std::nullopt},
       {"parts are built first", Kind::resource,
-       with(resource, {{1, shortIdentifier}, {11, part(8, Value::byteString(bytesOf(1, 31)))}}),
-       Error::invalidDigest},
+       with(resource, {{1, shortIdentifier}, {11, part(8, Value::byteString(bytesOf(1, 31)))}}), Error::invalidDigest},
   };
   for (const auto& row : cases) EXPECT_EQ(decodeError(row.kind, row.value), row.expected) << row.name;
 
@@ -276,7 +367,8 @@ TEST(BackupManifestRecordCodecV1, RefusesFieldsInTheOrderOfItsChecks) {
   Bytes trailing = validItem;
   trailing.push_back(0x00);
   EXPECT_EQ(errorOf(Codec::decodeRecord(Kind::item, trailing)), Error::malformedRecord);
-  EXPECT_EQ(errorOf(Codec::decodeRecord(Kind::item, ByteView(validItem).first(validItem.size() - 1))), Error::malformedRecord);
+  EXPECT_EQ(errorOf(Codec::decodeRecord(Kind::item, ByteView(validItem).first(validItem.size() - 1))),
+            Error::malformedRecord);
 }
 
 // A stored record has one spelling and one sort key; anything else is refused, and a section
@@ -289,11 +381,16 @@ TEST(BackupManifestRecordCodecV1, RefusesBlobsThatAreNotTheRecordsOwnForm) {
   longHead[keyOne + 1] = 0x58;  // 16 bytes spelled 0x58 0x10 instead of 0x50
   longHead.insert(longHead.begin() + keyOne + 2, 0x10);
   const Record folder = made(BackupAlbumFolderRecordV1::make(folderFields(5, std::nullopt)));
-  const struct { std::string name; BackupManifestRecordBlobV1 blob; Error expected; } cases[] = {
+  const struct {
+    std::string name;
+    BackupManifestRecordBlobV1 blob;
+    Error expected;
+  } cases[] = {
       {"non-minimal length", blobOf(identifier(5), longHead), Error::malformedRecord},
       {"another record's sort key", blobOf(identifier(6), canonical), Error::malformedRecord},
       {"a 17-byte sort key", blobOf(bytesOf(5, 17), canonical), Error::malformedRecord},
-      {"a folder in an item section", blobOf(identifier(5), made(Codec::encodedRecord(folder))), Error::malformedRecord},
+      {"a folder in an item section", blobOf(identifier(5), made(Codec::encodedRecord(folder))),
+       Error::malformedRecord},
       {"a record that breaks its rules",
        blobOf(bytesOf(5, 15), encodedUnchecked(with(mapOf(item(5)), {{1, Value::byteString(bytesOf(5, 15))}}))),
        Error::invalidIdentifier},
@@ -301,8 +398,8 @@ TEST(BackupManifestRecordCodecV1, RefusesBlobsThatAreNotTheRecordsOwnForm) {
   const auto good = blobOf(identifier(1), made(Codec::encodedRecord(item(1))));
   for (const auto& row : cases) {
     const Bytes name(16, 9);
-    const auto section = made(BackupManifestSectionV1::make(name, name, name, 0, Kind::item, BackupManifestCompressionV1::none,
-                                                            {good, row.blob}));
+    const auto section = made(BackupManifestSectionV1::make(name, name, name, 0, Kind::item,
+                                                            BackupManifestCompressionV1::none, {good, row.blob}));
     EXPECT_EQ(errorOf(Codec::records(section)), row.expected) << row.name;
   }
 }
@@ -312,12 +409,15 @@ TEST(BackupManifestRecordCodecV1, RefusesBlobsThatAreNotTheRecordsOwnForm) {
 TEST(BackupManifestRecordCodecV1, PayloadKeysUnwrapOnlyUnderTheirBinding) {
   const auto wrap = [](ByteView key, ByteView keyIdentifier, ByteView package, ByteView bpmk,
                        const AESGCMFrameV1::NonceSource& nonces = {}) {
-    return Codec::wrapPayloadKey(key, keyIdentifier, Scope::resource, identifier(2), package, identifier(4), bpmk, nonces);
+    return Codec::wrapPayloadKey(key, keyIdentifier, Scope::resource, identifier(2), package, identifier(4), bpmk,
+                                 nonces);
   };
-  const auto unwrap = [](ByteView frame, std::uint64_t keyIdentifier, Scope scope, std::uint64_t bound, ByteView package,
-                         ByteView bpmk) {
-    const auto record = made(BackupPayloadKeyRecordV1::make({.identifier = identifier(keyIdentifier), .scope = scope,
-                                                             .boundIdentifier = identifier(bound), .wrappedKeyFrame = frame}));
+  const auto unwrap = [](ByteView frame, std::uint64_t keyIdentifier, Scope scope, std::uint64_t bound,
+                         ByteView package, ByteView bpmk) {
+    const auto record = made(BackupPayloadKeyRecordV1::make({.identifier = identifier(keyIdentifier),
+                                                             .scope = scope,
+                                                             .boundIdentifier = identifier(bound),
+                                                             .wrappedKeyFrame = frame}));
     return Codec::unwrapPayloadKey(record, package, identifier(4), bpmk);
   };
   const Bytes frame = made(wrap(kPayloadKey, identifier(1), identifier(3), kBPMK)).wrappedKeyFrame();
@@ -327,7 +427,8 @@ TEST(BackupManifestRecordCodecV1, PayloadKeysUnwrapOnlyUnderTheirBinding) {
   EXPECT_EQ(errorOf(wrap(bytesOf(0x4B, 31), bytesOf(1, 15), identifier(3), kBPMK)), Error::invalidKey);
   EXPECT_EQ(errorOf(wrap(kPayloadKey, identifier(1), identifier(3), bytesOf(0x4D, 33))), Error::invalidKey);
   EXPECT_EQ(errorOf(wrap(kPayloadKey, bytesOf(1, 15), identifier(3), kBPMK)), Error::invalidIdentifier);
-  EXPECT_EQ(errorOf(wrap(kPayloadKey, identifier(1), identifier(3), kBPMK, AESGCMFrameV1::NonceSource::fixed(bytesOf(0x4E, 11)))),
+  EXPECT_EQ(errorOf(wrap(kPayloadKey, identifier(1), identifier(3), kBPMK,
+                         AESGCMFrameV1::NonceSource::fixed(bytesOf(0x4E, 11)))),
             Error::verificationFailed);
   EXPECT_EQ(errorOf(unwrap(frame, 1, Scope::resource, 2, identifier(3), bytesOf(0x4D, 31))), Error::invalidKey);
   EXPECT_EQ(errorOf(unwrap(frame, 1, Scope::resource, 2, identifier(3), bytesOf(0x4C, 32))), Error::verificationFailed);
@@ -338,13 +439,16 @@ TEST(BackupManifestRecordCodecV1, PayloadKeysUnwrapOnlyUnderTheirBinding) {
   for (std::size_t bit = 0; bit < frame.size() * 8; ++bit) {
     Bytes tampered = frame;
     tampered[bit / 8] ^= static_cast<std::uint8_t>(1u << (bit % 8));
-    EXPECT_EQ(errorOf(unwrap(tampered, 1, Scope::resource, 2, identifier(3), kBPMK)), Error::verificationFailed) << "bit " << bit;
+    EXPECT_EQ(errorOf(unwrap(tampered, 1, Scope::resource, 2, identifier(3), kBPMK)), Error::verificationFailed)
+        << "bit " << bit;
   }
 
   // Envelopes sealed correctly, so that the frame opens, but whose content is wrong.
   const Value::Map valid{{0, Value::textString(std::string(BackupFormatV1::payloadKeyEnvelopeSchemaIdentifier))},
-                         {1, Value::byteString(identifier(1))}, {2, Value::unsignedInteger(1)},
-                         {3, Value::byteString(identifier(2))}, {4, Value::byteString(kPayloadKey)}};
+                         {1, Value::byteString(identifier(1))},
+                         {2, Value::unsignedInteger(1)},
+                         {3, Value::byteString(identifier(2))},
+                         {4, Value::byteString(kPayloadKey)}};
   const auto sealed = [&](std::uint64_t key, Value value) {  // under the record limits, looser than the reader's
     const Bytes plaintext = encodedUnchecked(with(valid, {{key, std::move(value)}}));
     const auto data = made(BackupAuthenticatedDataV1::make(BackupAADDomainV1::payloadKeyEnvelope, identifier(3),
@@ -353,12 +457,17 @@ TEST(BackupManifestRecordCodecV1, PayloadKeysUnwrapOnlyUnderTheirBinding) {
   };
   EXPECT_EQ(unwrap(sealed(2, Value::unsignedInteger(1)), 1, Scope::resource, 2, identifier(3), kBPMK),
             Bytes(kPayloadKey.begin(), kPayloadKey.end()));
-  const struct { std::string name; Bytes frame; Error expected; } cases[] = {
+  const struct {
+    std::string name;
+    Bytes frame;
+    Error expected;
+  } cases[] = {
       {"another scope", sealed(2, Value::unsignedInteger(0)), Error::verificationFailed},
       {"another key identifier", sealed(1, Value::byteString(identifier(9))), Error::verificationFailed},
       {"a 31-byte key", sealed(4, Value::byteString(bytesOf(0x4B, 31))), Error::verificationFailed},
       {"a 33-byte key", sealed(4, Value::byteString(bytesOf(0x4B, 33))), Error::malformedRecord},
-      {"another schema", sealed(0, Value::textString("com.galdrine.backup.payload-key-envelope.v2")), Error::malformedRecord},
+      {"another schema", sealed(0, Value::textString("com.galdrine.backup.payload-key-envelope.v2")),
+       Error::malformedRecord},
   };
   for (const auto& row : cases) {
     EXPECT_EQ(errorOf(unwrap(row.frame, 1, Scope::resource, 2, identifier(3), kBPMK)), row.expected) << row.name;

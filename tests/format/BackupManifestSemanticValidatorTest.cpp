@@ -2,13 +2,14 @@
 // the exact error, rows with two faults pinning the order of the steps, and the totals; and the
 // folder check's verdict in every visit order.
 
+#include "format/manifest/BackupManifestSemanticValidator.hpp"
+
 #include <gtest/gtest.h>
 
 #include <numeric>
 #include <random>
 
 #include "format/manifest/BackupFolderHierarchy.hpp"
-#include "format/manifest/BackupManifestSemanticValidator.hpp"
 #include "support/ManifestTestRecords.hpp"
 
 namespace galdrine::format {
@@ -41,7 +42,8 @@ struct Library {
 
 BackupPayloadKeyRecordV1 wrappedKey(std::uint64_t key, Scope scope, std::uint64_t bound, ByteView package = kPackage,
                                     ByteView masterKey = kMasterKey) {
-  return made(Codec::wrapPayloadKey(bytesOf(key, 32), identifier(key), scope, identifier(bound), package, kDomain, masterKey));
+  return made(
+      Codec::wrapPayloadKey(bytesOf(key, 32), identifier(key), scope, identifier(bound), package, kDomain, masterKey));
 }
 
 // A photo in pack 400, a live photo beside it, a video in two chunks, two folders, an album
@@ -55,8 +57,8 @@ Library smallLibrary() {
   pairedVideo.role = Role::pairedVideo;
   return {.keys = {wrappedKey(100, Scope::pack, 400), wrappedKey(101, Scope::resource, 304)},
           .items = {itemFields(201, identifiers({301})), livePhoto, video},
-          .resources = {packedResourceFields(301, 201, 100, 400, 0), packedResourceFields(302, 202, 100, 400, 1), pairedVideo,
-                        chunkedResourceFields(304, 203, 101, 500, 2, 5000)},
+          .resources = {packedResourceFields(301, 201, 100, 400, 0), packedResourceFields(302, 202, 100, 400, 1),
+                        pairedVideo, chunkedResourceFields(304, 203, 101, 500, 2, 5000)},
           .folders = {folderFields(600, std::nullopt), folderFields(601, 600)},
           .albums = {albumFields(700, 601, 201)},
           .memberships = {membershipFields(700, 201), membershipFields(700, 202)},
@@ -81,8 +83,8 @@ std::vector<BackupManifestSectionV1> sectionsOf(const Library& library) {
   std::vector<BackupManifestSectionV1> sections;
   for (std::size_t kind = 0; kind < byKind.size(); ++kind) {
     if (byKind[kind].empty()) continue;
-    sections.push_back(made(Codec::makeSection(identifier(800 + sections.size()), identifier(900), kDomain, sections.size(),
-                                               static_cast<Kind>(kind), byKind[kind])));
+    sections.push_back(made(Codec::makeSection(identifier(800 + sections.size()), identifier(900), kDomain,
+                                               sections.size(), static_cast<Kind>(kind), byKind[kind])));
   }
   return sections;
 }
@@ -94,50 +96,84 @@ std::expected<BackupManifestSemanticSummary, Error> validated(const Library& lib
 }  // namespace
 
 TEST(BackupManifestSemanticValidator, RefusesEachFaultWithItsErrorInTheOrderOfTheSteps) {
-  const struct { std::string name; std::function<void(Library&)> change; Error expected; } cases[] = {
-      {"key wrapped under another master key", [](Library& l) { l.keys[0] = wrappedKey(100, Scope::pack, 400, kPackage, bytesOf(1, 32)); }, Error::verificationFailed},
-      {"folders naming each other", [](Library& l) { l.folders[0] = folderFields(600, 601); }, Error::invalidRelationship},
-      {"album in a missing folder", [](Library& l) { l.albums[0] = albumFields(700, 602, 201); }, Error::missingReference},
-      {"member of a missing album", [](Library& l) { l.memberships.push_back(membershipFields(701, 201)); }, Error::missingReference},
-      {"tombstone of a live item", [](Library& l) { l.tombstones.push_back(tombstoneFields(201, {})); }, Error::conflictingReference},
-      {"resource of a missing item", [](Library& l) { l.resources[0].itemIdentifier = identifier(209); }, Error::missingReference},
-      {"resource with a missing key", [](Library& l) { l.resources[0].payloadKeyIdentifier = identifier(109); }, Error::missingReference},
-      {"pack key bound to another pack", [](Library& l) { l.keys[0] = wrappedKey(100, Scope::pack, 401); }, Error::invalidRelationship},
-      {"resource key of another resource", [](Library& l) { l.keys[1] = wrappedKey(101, Scope::resource, 303); }, Error::invalidRelationship},
-      {"two resources in one place", [](Library& l) {
+  const struct {
+    std::string name;
+    std::function<void(Library&)> change;
+    Error expected;
+  } cases[] = {
+      {"key wrapped under another master key",
+       [](Library& l) { l.keys[0] = wrappedKey(100, Scope::pack, 400, kPackage, bytesOf(1, 32)); },
+       Error::verificationFailed},
+      {"folders naming each other", [](Library& l) { l.folders[0] = folderFields(600, 601); },
+       Error::invalidRelationship},
+      {"album in a missing folder", [](Library& l) { l.albums[0] = albumFields(700, 602, 201); },
+       Error::missingReference},
+      {"member of a missing album", [](Library& l) { l.memberships.push_back(membershipFields(701, 201)); },
+       Error::missingReference},
+      {"tombstone of a live item", [](Library& l) { l.tombstones.push_back(tombstoneFields(201, {})); },
+       Error::conflictingReference},
+      {"resource of a missing item", [](Library& l) { l.resources[0].itemIdentifier = identifier(209); },
+       Error::missingReference},
+      {"resource with a missing key", [](Library& l) { l.resources[0].payloadKeyIdentifier = identifier(109); },
+       Error::missingReference},
+      {"pack key bound to another pack", [](Library& l) { l.keys[0] = wrappedKey(100, Scope::pack, 401); },
+       Error::invalidRelationship},
+      {"resource key of another resource", [](Library& l) { l.keys[1] = wrappedKey(101, Scope::resource, 303); },
+       Error::invalidRelationship},
+      {"two resources in one place",
+       [](Library& l) {
          l.resources[2] = packedResourceFields(303, 202, 100, 400, 1);
          l.resources[2].role = Role::pairedVideo;
-       }, Error::conflictingReference},
-      {"one pack, two file digests", [](Library& l) {
+       },
+       Error::conflictingReference},
+      {"one pack, two file digests",
+       [](Library& l) {
          auto part = packPartFields(400, 2, 1000, 303);
          part.artifactFileSHA256 = digest(401);
          l.resources[2].parts = partsOf({made(BackupPayloadPartRecordV1::make(part))});
-       }, Error::conflictingReference},
-      {"one pack, two keys", [](Library& l) {
+       },
+       Error::conflictingReference},
+      {"one pack, two keys",
+       [](Library& l) {
          l.keys.push_back(wrappedKey(102, Scope::pack, 400));
          l.resources[2].payloadKeyIdentifier = identifier(102);
-       }, Error::conflictingReference},
-      {"unused key", [](Library& l) { l.keys.push_back(wrappedKey(102, Scope::pack, 401)); }, Error::invalidRelationship},
-      {"item lists another item's resource", [](Library& l) { l.items[0].resourceIdentifiers = identifiers({301, 304}); }, Error::missingReference},
+       },
+       Error::conflictingReference},
+      {"unused key", [](Library& l) { l.keys.push_back(wrappedKey(102, Scope::pack, 401)); },
+       Error::invalidRelationship},
+      {"item lists another item's resource",
+       [](Library& l) {
+         l.items[0].resourceIdentifiers = identifiers({301, 304});
+       },
+       Error::missingReference},
       {"item without a primary", [](Library& l) { l.resources[0].role = Role::original; }, Error::invalidRelationship},
-      {"photo with a paired video", [](Library& l) { l.items[1].kind = BackupMediaKindV1::photo; }, Error::invalidRelationship},
+      {"photo with a paired video", [](Library& l) { l.items[1].kind = BackupMediaKindV1::photo; },
+       Error::invalidRelationship},
       // Two faults: the earlier step decides.
-      {"unwrapping before folders", [](Library& l) {
+      {"unwrapping before folders",
+       [](Library& l) {
          l.keys[0] = wrappedKey(100, Scope::pack, 400, identifier(1));
          l.folders[0] = folderFields(600, 601);
-       }, Error::verificationFailed},
-      {"folders before resources", [](Library& l) {
+       },
+       Error::verificationFailed},
+      {"folders before resources",
+       [](Library& l) {
          l.folders[0] = folderFields(600, 601);
          l.resources[0].payloadKeyIdentifier = identifier(109);
-       }, Error::invalidRelationship},
-      {"tombstones before resources", [](Library& l) {
+       },
+       Error::invalidRelationship},
+      {"tombstones before resources",
+       [](Library& l) {
          l.tombstones.push_back(tombstoneFields(201, {}));
          l.resources[0].itemIdentifier = identifier(209);
-       }, Error::conflictingReference},
-      {"unused keys before items", [](Library& l) {
+       },
+       Error::conflictingReference},
+      {"unused keys before items",
+       [](Library& l) {
          l.keys.push_back(wrappedKey(102, Scope::pack, 401));
          l.items[0].resourceIdentifiers = identifiers({301, 309});
-       }, Error::invalidRelationship},
+       },
+       Error::invalidRelationship},
   };
   for (const auto& row : cases) {
     Library library = smallLibrary();
@@ -158,11 +194,13 @@ TEST(BackupManifestSemanticValidator, ChecksArgumentsThenReadsEveryRecordOnce) {
   EXPECT_EQ(validate(sections, bytesOf(1, 15), kDomain, bytesOf(1, 31)), Error::invalidIdentifier);
   EXPECT_EQ(validate(sections, kPackage, bytesOf(1, 17), kMasterKey), Error::invalidIdentifier);
   EXPECT_EQ(validate(sections, kPackage, kDomain, bytesOf(1, 31)), Error::invalidKey);
-  EXPECT_EQ(validate(sections, kPackage, identifier(1), kMasterKey), Error::verificationFailed);  // keys are bound to it
+  EXPECT_EQ(validate(sections, kPackage, identifier(1), kMasterKey),
+            Error::verificationFailed);  // keys are bound to it
   library.keys[0] = wrappedKey(100, Scope::pack, 400, identifier(1));
   sections = sectionsOf(library);
   const Record again = made(BackupMediaItemRecordV1::make(library.items[2]));
-  sections.push_back(made(Codec::makeSection(identifier(899), identifier(900), kDomain, sections.size(), Kind::item, {&again, 1})));
+  sections.push_back(
+      made(Codec::makeSection(identifier(899), identifier(900), kDomain, sections.size(), Kind::item, {&again, 1})));
   EXPECT_EQ(validate(sections, kPackage, kDomain, kMasterKey), Error::duplicateRecord);
 }
 
@@ -192,19 +230,25 @@ TEST(BackupManifestSemanticValidator, BoundsTheEncryptedTotal) {
 // settled first.
 TEST(BackupFolderHierarchy, GivesOneVerdictInEveryVisitOrder) {
   using Parents = std::vector<std::pair<std::uint64_t, std::optional<std::uint64_t>>>;  // folder, parent
-  const auto chain = [](std::uint64_t first, std::size_t length, std::optional<std::uint64_t> root, Parents parents = {}) {
+  const auto chain = [](std::uint64_t first, std::size_t length, std::optional<std::uint64_t> root,
+                        Parents parents = {}) {
     for (std::size_t index = 0; index < length; ++index)
       parents.emplace_back(first + index, index == 0 ? root : std::optional(first + index - 1));
     return parents;
   };
-  const struct { std::string name; Parents parents; std::optional<Error> expected; } cases[] = {
+  const struct {
+    std::string name;
+    Parents parents;
+    std::optional<Error> expected;
+  } cases[] = {
       {"a chain of 16", chain(1, 16, std::nullopt), std::nullopt},
       {"a chain of 17", chain(1, 17, std::nullopt), Error::invalidRelationship},
       {"a trunk of 10 with branches of 6 and 7", chain(21, 7, 10, chain(11, 6, 10, chain(1, 10, std::nullopt))),
        Error::invalidRelationship},
       {"a deep branch off a sound one", chain(31, 1, 16, chain(1, 16, std::nullopt)), Error::invalidRelationship},
       {"a cycle of 20", chain(20, 1, 19, chain(1, 19, 20)), Error::invalidRelationship},
-      {"a chain into a cycle", chain(6, 1, 4, chain(5, 1, 4, chain(4, 1, 5, chain(1, 3, std::nullopt)))), Error::invalidRelationship},
+      {"a chain into a cycle", chain(6, 1, 4, chain(5, 1, 4, chain(4, 1, 5, chain(1, 3, std::nullopt)))),
+       Error::invalidRelationship},
       {"a missing parent", chain(6, 3, 99, chain(1, 5, std::nullopt)), Error::missingReference},
   };
   std::mt19937 random(20240611);
@@ -216,7 +260,8 @@ TEST(BackupFolderHierarchy, GivesOneVerdictInEveryVisitOrder) {
       if (visit > 1) std::ranges::shuffle(order, random);
       BackupFolderSet folders;
       for (const std::size_t index : order) {
-        auto folder = made(BackupAlbumFolderRecordV1::make(folderFields(row.parents[index].first, row.parents[index].second)));
+        auto folder =
+            made(BackupAlbumFolderRecordV1::make(folderFields(row.parents[index].first, row.parents[index].second)));
         ASSERT_TRUE(folders.enter(folder.identifier(), std::move(folder)));
       }
       ASSERT_EQ(errorOf(BackupFolderHierarchy::validateFolders(folders)), row.expected) << row.name;

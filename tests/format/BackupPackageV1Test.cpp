@@ -1,7 +1,8 @@
 #include "format/package/BackupPackageV1.hpp"
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
+
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <optional>
@@ -91,8 +92,10 @@ TEST_F(BackupPackageV1Test, OpensAValidRootAndReachesOnlyItsNineDirectories) {
   writeFile(root_ / Package::keyEnvelopesName, "anything");
   writeFile(root_ / Package::convenienceHeadName, "");
   EXPECT_EQ(open(root_.string() + "/commits/../."), *bare);  // dot segments name the same root
-  for (const std::string_view name : Package::requiredDirectoryNames) EXPECT_EQ(bare->directoryPath(name), root_ / name);
-  for (const std::string_view name : {"HEAD", "format-header.cbor", "key-envelopes.cbor", "", "..", "heads/x", "Heads"}) {
+  for (const std::string_view name : Package::requiredDirectoryNames)
+    EXPECT_EQ(bare->directoryPath(name), root_ / name);
+  for (const std::string_view name :
+       {"HEAD", "format-header.cbor", "key-envelopes.cbor", "", "..", "heads/x", "Heads"}) {
     EXPECT_EQ(bare->directoryPath(name), std::unexpected(Error::invalidRootEntry(name))) << name;
   }
 }
@@ -101,35 +104,60 @@ TEST_F(BackupPackageV1Test, OpensAValidRootAndReachesOnlyItsNineDirectories) {
 // header's bytes replaced. Where a row does several things, the check that comes first decides.
 TEST_F(BackupPackageV1Test, OpenRefusesEveryShapeOutsideTheClosedRootList) {
   using enum Shape;
-  const std::string header(Package::formatHeaderName), envelopes(Package::keyEnvelopesName), head(Package::convenienceHeadName);
+  const std::string header(Package::formatHeaderName), envelopes(Package::keyEnvelopesName),
+      head(Package::convenienceHeadName);
   Bytes nonShortest = headerBytes(), wrongMagic = headerBytes(), padded = headerBytes();
   nonShortest.insert(nonShortest.begin() + 68, 0x18);  // key 3: 0x03 0x18 0x01 instead of 0x03 0x01
   wrongMagic[3] ^= 0x20;
   padded.resize(4096, 0);
-  struct OpenCase { std::string name; std::vector<std::pair<std::string, Shape>> reshaped; std::optional<Bytes> headerFile;
-                    Result expected; };
+  struct OpenCase {
+    std::string name;
+    std::vector<std::pair<std::string, Shape>> reshaped;
+    std::optional<Bytes> headerFile;
+    Result expected;
+  };
   std::vector<OpenCase> cases{
       {"root is a regular file", {{"", file}}, {}, fails(Error::invalidPackageRoot())},
-      {"a hidden 13th entry", {{envelopes, file}, {head, file}, {".hidden", file}}, {}, fails(Error::invalidRootEntrySet())},
+      {"a hidden 13th entry",
+       {{envelopes, file}, {head, file}, {".hidden", file}},
+       {},
+       fails(Error::invalidRootEntrySet())},
       {"a hidden 11th entry", {{".staging", directory}}, {}, fails(Error::invalidRootEntrySet())},
       {"header missing", {{header, removed}}, {}, fails(Error::invalidRootEntrySet())},
       {"advisory missing", {{"advisory", removed}}, {}, fails(Error::invalidRootEntrySet())},
-      {"an extra name before a wrong kind", {{"heads", file}, {"extra", file}}, {}, fails(Error::invalidRootEntrySet())},
-      {"table order between directories", {{"heads", link}, {"commits", file}}, {}, fails(Error::invalidRootEntry("commits"))},
-      {"directories before optional files", {{head, directory}, {"advisory", file}}, {}, fails(Error::invalidRootEntry("advisory"))},
-      {"key envelopes before HEAD", {{head, directory}, {envelopes, link}}, {}, fails(Error::invalidRootEntry(envelopes))},
+      {"an extra name before a wrong kind",
+       {{"heads", file}, {"extra", file}},
+       {},
+       fails(Error::invalidRootEntrySet())},
+      {"table order between directories",
+       {{"heads", link}, {"commits", file}},
+       {},
+       fails(Error::invalidRootEntry("commits"))},
+      {"directories before optional files",
+       {{head, directory}, {"advisory", file}},
+       {},
+       fails(Error::invalidRootEntry("advisory"))},
+      {"key envelopes before HEAD",
+       {{head, directory}, {envelopes, link}},
+       {},
+       fails(Error::invalidRootEntry(envelopes))},
       {"HEAD before the header size", {{head, directory}}, Bytes(4097, 0), fails(Error::invalidRootEntry(head))},
       {"header as a symbolic link", {{header, link}}, {}, fails(Error::invalidRootEntry(header))},
       {"header as a FIFO", {{header, fifo}}, {}, fails(Error::invalidRootEntry(header))},
       {"header of a terabyte", {{header, terabyte}}, {}, fails(Error::headerTooLarge())},
       {"header of 4097 bytes", {}, Bytes(4097, 0), fails(Error::headerTooLarge())},
       {"header of 4096 bytes is read", {}, padded, fails(CBORError{CBORError::Code::trailingBytes})},
-      {"header with a non-shortest integer", {}, nonShortest, fails(CBORError{CBORError::Code::nonMinimalIntegerOrLength})},
+      {"header with a non-shortest integer",
+       {},
+       nonShortest,
+       fails(CBORError{CBORError::Code::nonMinimalIntegerOrLength})},
       {"header with a wrong magic", {}, wrongMagic, fails(BackupFormatHeaderV1Error::invalidMagic())},
   };
   for (const std::string_view name : Package::requiredDirectoryNames) {
-    cases.push_back({std::string(name) + " as a file", {{std::string(name), file}}, {}, fails(Error::invalidRootEntry(name))});
-    cases.push_back({std::string(name) + " as a link", {{std::string(name), link}}, {}, fails(Error::invalidRootEntry(name))});
+    cases.push_back(
+        {std::string(name) + " as a file", {{std::string(name), file}}, {}, fails(Error::invalidRootEntry(name))});
+    cases.push_back(
+        {std::string(name) + " as a link", {{std::string(name), link}}, {}, fails(Error::invalidRootEntry(name))});
   }
   for (const OpenCase& row : cases) {
     testsupport::TemporaryDirectory directory;
@@ -154,7 +182,8 @@ TEST_F(BackupPackageV1Test, CreatePublishesAPackageThatOpens) {
   EXPECT_EQ(testsupport::openDescriptorCount(), before);
   ASSERT_TRUE(created.has_value());
   EXPECT_EQ(created, open(target));
-  EXPECT_EQ(BoundedDirectoryListing::names(target, 12).value_or(std::vector<std::string>{}).size(), 10u);  // no envelopes, no HEAD
+  EXPECT_EQ(BoundedDirectoryListing::names(target, 12).value_or(std::vector<std::string>{}).size(),
+            10u);                                                                        // no envelopes, no HEAD
   EXPECT_EQ(parentEntries(), (std::vector<std::string>{"new.galdrine", "p.galdrine"}));  // no staging left
   EXPECT_EQ(Package::create(target, Bytes(16, 0)), fails(Error::destinationAlreadyExists()));
   EXPECT_EQ(open(target), created);
@@ -164,7 +193,11 @@ TEST_F(BackupPackageV1Test, AFailedCreateLeavesNothingOnDisk) {
   writeFile(directory_ / "file", "x");
   makeSymbolicLink(directory_ / "nowhere", directory_ / "dangling.galdrine");
   makeSymbolicLink(directory_.path(), directory_ / "linked");
-  const struct { fs::path target; Bytes packageIdentifier; Result expected; } cases[] = {
+  const struct {
+    fs::path target;
+    Bytes packageIdentifier;
+    Result expected;
+  } cases[] = {
       {directory_ / ".galdrine", identifier(), fails(Error::invalidPackageExtension())},
       {directory_ / "file.backup", identifier(15), fails(Error::invalidPackageExtension())},
       {root_, identifier(), fails(Error::destinationAlreadyExists())},

@@ -1,14 +1,16 @@
 // Pack segments and resource chunks: written, read back, refused when the request or the file
 // is wrong, and stopped at every fault point without leaving a staging file behind.
 
-#include <gtest/gtest.h>
+#include "format/payload/BackupPayloadV1.hpp"
+
 #include <sys/stat.h>
+
+#include <gtest/gtest.h>
 
 #include <cerrno>
 
 #include "format/cbor/DeterministicCBOR.hpp"
 #include "format/payload/BackupPackContainerHeaderV1.hpp"
-#include "format/payload/BackupPayloadV1.hpp"
 #include "format/sealing/AESGCMFrameV1.hpp"
 #include "format/sealing/BackupAuthenticatedDataV1.hpp"
 #include "support/FileFixtures.hpp"
@@ -47,7 +49,8 @@ Bytes identifier(std::uint8_t seed, std::size_t byteCount = 16) { return pattern
 std::vector<Input> entries(std::size_t count, std::size_t byteCount) {
   std::vector<Input> inputs;
   for (std::size_t index = 1; index <= count; ++index)
-    inputs.push_back({identifier(static_cast<std::uint8_t>(index)), pattern(byteCount, static_cast<std::uint8_t>(index))});
+    inputs.push_back(
+        {identifier(static_cast<std::uint8_t>(index)), pattern(byteCount, static_cast<std::uint8_t>(index))});
   return inputs;
 }
 
@@ -82,15 +85,35 @@ TEST(BackupPayloadV1, WritersRefuseBadRequestsInOrderBeforeCreatingAnything) {
   std::vector<Input> ceiling = entries(32, 2 * 1024 * 1024);  // 32 entries holding 64 MiB
   ceiling.back().plaintext.push_back(0);
   const std::string name = segmentName(identifier(0x40));
-  const struct { std::string_view name; Bytes key = kKey, package = kPackage, library = kLibrary, segment = identifier(0x40);
-                 std::vector<Input> inputs = entries(2, 10); std::string destination; Error expected; } rows[] = {
-      {.name = "short key and wrong name", .key = Bytes(31, 1), .destination = "x.pack", .expected = Error::invalidKey()},
-      {.name = "short package", .package = Bytes(15, 1), .segment = {}, .destination = name, .expected = Error::invalidIdentifier()},
+  const struct {
+    std::string_view name;
+    Bytes key = kKey, package = kPackage, library = kLibrary, segment = identifier(0x40);
+    std::vector<Input> inputs = entries(2, 10);
+    std::string destination;
+    Error expected;
+  } rows[] = {
+      {.name = "short key and wrong name",
+       .key = Bytes(31, 1),
+       .destination = "x.pack",
+       .expected = Error::invalidKey()},
+      {.name = "short package",
+       .package = Bytes(15, 1),
+       .segment = {},
+       .destination = name,
+       .expected = Error::invalidIdentifier()},
       {.name = "duplicate entries", .inputs = duplicated, .destination = "x", .expected = Error::invalidEntrySet()},
-      {.name = "plaintext over 16 MiB", .inputs = oversized, .destination = "x", .expected = Error::plaintextLimitExceeded()},
-      {.name = "one byte over 64 MiB", .inputs = ceiling, .destination = "x", .expected = Error::segmentLimitExceeded()},
+      {.name = "plaintext over 16 MiB",
+       .inputs = oversized,
+       .destination = "x",
+       .expected = Error::plaintextLimitExceeded()},
+      {.name = "one byte over 64 MiB",
+       .inputs = ceiling,
+       .destination = "x",
+       .expected = Error::segmentLimitExceeded()},
       {.name = "33 entries", .inputs = entries(33, 1), .destination = "x", .expected = Error::invalidEntrySet()},
-      {.name = "another segment's name", .destination = segmentName(identifier(0x41)), .expected = Error::invalidArtifactName()},
+      {.name = "another segment's name",
+       .destination = segmentName(identifier(0x41)),
+       .expected = Error::invalidArtifactName()},
       {.name = "missing parent", .destination = "missing/" + name, .expected = Error::invalidParentDirectory()},
       {.name = "parent is a link", .destination = "link/" + name, .expected = Error::invalidParentDirectory()},
   };
@@ -99,18 +122,22 @@ TEST(BackupPayloadV1, WritersRefuseBadRequestsInOrderBeforeCreatingAnything) {
   testsupport::FileFixtures::makeSymbolicLink(directory / "real", directory / "link");
   const auto before = namesIn(directory.path());
   for (const auto& row : rows) {
-    EXPECT_EQ(Payload::writePackSegment(directory / row.destination, row.package, row.library, row.segment, row.key, row.inputs),
+    EXPECT_EQ(Payload::writePackSegment(directory / row.destination, row.package, row.library, row.segment, row.key,
+                                        row.inputs),
               writeFails(row.expected))
         << row.name;
   }
   const Bytes chunk = identifier(0x50);
-  const auto chunkError = [&](const fs::path& path, ByteView library, ByteView chunkIdentifier, ByteView key, ByteView plaintext) {
+  const auto chunkError = [&](const fs::path& path, ByteView library, ByteView chunkIdentifier, ByteView key,
+                              ByteView plaintext) {
     return Payload::writeResourceChunk(path, kPackage, library, chunkIdentifier, 0, key, plaintext);
   };
   EXPECT_EQ(chunkError(directory / "x", kLibrary, chunk, Bytes(33, 0), Bytes{}), writeFails(Error::invalidKey()));
   EXPECT_EQ(chunkError(directory / "x", {}, chunk, kKey, Bytes{}), writeFails(Error::invalidIdentifier()));
-  EXPECT_EQ(chunkError(directory / "x", kLibrary, chunk, kKey, Bytes(16777217, 0)), writeFails(Error::plaintextLimitExceeded()));
-  EXPECT_EQ(chunkError(directory / segmentName(chunk), kLibrary, chunk, kKey, Bytes{1}), writeFails(Error::invalidArtifactName()));
+  EXPECT_EQ(chunkError(directory / "x", kLibrary, chunk, kKey, Bytes(16777217, 0)),
+            writeFails(Error::plaintextLimitExceeded()));
+  EXPECT_EQ(chunkError(directory / segmentName(chunk), kLibrary, chunk, kKey, Bytes{1}),
+            writeFails(Error::invalidArtifactName()));
   EXPECT_EQ(chunkError(directory / "no" / chunkName(chunk), kLibrary, chunk, kKey, Bytes{1}),
             writeFails(Error::invalidParentDirectory()));
   EXPECT_EQ(namesIn(directory.path()), before);
@@ -134,22 +161,27 @@ std::optional<Failure> writeChunk(const fs::path& directory, const BackupPayload
 // and a final file only once the move has happened.
 TEST(BackupPayloadV1, FaultPointsComeInOrderAndAStopLeavesNoStagingFile) {
   const std::size_t descriptorsBefore = testsupport::openDescriptorCount();
-  const std::vector<Point> segmentPoints{Point::afterStagingCreation, Point::afterPayloadWrite, Point::afterIndexWrite,
-                                         Point::afterStagingSync, Point::afterStagingVerification, Point::afterFinalRename};
+  const std::vector<Point> segmentPoints{Point::afterStagingCreation,     Point::afterPayloadWrite,
+                                         Point::afterIndexWrite,          Point::afterStagingSync,
+                                         Point::afterStagingVerification, Point::afterFinalRename};
   std::vector<Point> chunkPoints = segmentPoints;
   chunkPoints.erase(chunkPoints.begin() + 2);  // a chunk has no index
-  const std::vector<std::pair<Writer, std::vector<Point>>> writers{{writeSegment, segmentPoints}, {writeChunk, chunkPoints}};
+  const std::vector<std::pair<Writer, std::vector<Point>>> writers{{writeSegment, segmentPoints},
+                                                                   {writeChunk, chunkPoints}};
   for (const auto& [write, expectedPoints] : writers) {
     const testsupport::TemporaryDirectory directory;
     std::vector<Point> passed;
-    ASSERT_EQ(write(directory.path(), [&](Point point) {
-      passed.push_back(point);
-      return false;
-    }), std::nullopt);
+    ASSERT_EQ(write(directory.path(),
+                    [&](Point point) {
+                      passed.push_back(point);
+                      return false;
+                    }),
+              std::nullopt);
     EXPECT_EQ(passed, expectedPoints);
     for (const Point point : expectedPoints) {
       const testsupport::TemporaryDirectory stopped;
-      EXPECT_EQ(write(stopped.path(), [&](Point reached) { return reached == point; }), Failure(Error::injectedFault(point)));
+      EXPECT_EQ(write(stopped.path(), [&](Point reached) { return reached == point; }),
+                Failure(Error::injectedFault(point)));
       EXPECT_EQ(namesIn(stopped.path()).size(), point == Point::afterFinalRename ? 1u : 0u) << static_cast<int>(point);
     }
   }
@@ -205,12 +237,17 @@ class BackupPayloadV1Segment : public ::testing::Test {
 // count), 32 (entry area), 40 (index frame); the first prefix at 48 (identifier, ordinal at 64,
 // frame byte count at 72) and its frame at 80.
 TEST_F(BackupPayloadV1Segment, DamagedFilesFailWithTheirOwnCase) {
-  const struct { std::string_view name; std::function<void(Bytes&)> damage; Error expected; } rows[] = {
+  const struct {
+    std::string_view name;
+    std::function<void(Bytes&)> damage;
+    Error expected;
+  } rows[] = {
       {"wrong magic", [](Bytes& b) { b[0] ^= 1; }, Error::unsupportedContainer()},
       {"version 2", [](Bytes& b) { b[9] = 2; }, Error::unsupportedContainer()},
       {"33 entries", [](Bytes& b) { b[31] = 33; }, Error::invalidArtifact()},
       {"entry area one longer", [](Bytes& b) { ++b[39]; }, Error::invalidArtifact()},
-      {"entry area overflowing", [](Bytes& b) { std::fill(b.begin() + 32, b.begin() + 40, 0xFF); }, Error::invalidArtifact()},
+      {"entry area overflowing", [](Bytes& b) { std::fill(b.begin() + 32, b.begin() + 40, 0xFF); },
+       Error::invalidArtifact()},
       {"header names another segment", [](Bytes& b) { b[12] ^= 1; }, Error::invalidArtifactName()},
       {"prefix identifier", [](Bytes& b) { b[48] ^= 1; }, Error::malformedIndex()},
       {"entry frame", [](Bytes& b) { b[130] ^= 1; }, Error::verificationFailed()},
@@ -226,7 +263,8 @@ TEST_F(BackupPayloadV1Segment, DamagedFilesFailWithTheirOwnCase) {
   damaged[130] ^= 1;
   replaceFile(path_, damaged);
   EXPECT_TRUE(Payload::inspectPackSegment(path_, kPackage, kLibrary, kKey));
-  EXPECT_EQ(Payload::openPackEntry(inputs_[0].identifier, path_, kPackage, kLibrary, kKey), fails(Error::verificationFailed()));
+  EXPECT_EQ(Payload::openPackEntry(inputs_[0].identifier, path_, kPackage, kLibrary, kKey),
+            fails(Error::verificationFailed()));
   EXPECT_EQ(Payload::openPackEntry(inputs_[1].identifier, path_, kPackage, kLibrary, kKey), inputs_[1].plaintext);
   EXPECT_EQ(Payload::openPackEntry(identifier(0x77), path_, kPackage, kLibrary, kKey), fails(Error::entryNotFound()));
 }
@@ -258,10 +296,13 @@ TEST_F(BackupPayloadV1Segment, WrongNamesAndFileKindsAreRefused) {
   const std::string name = segmentName(segment_);
   for (const std::string& other : {name + ".0F1E2D3C-4B5A-4978-8695-A4B3C2D1E0FF.partial", chunkName(segment_)}) {
     writeFile(directory_ / other, original_);
-    EXPECT_EQ(Payload::inspectPackSegment(directory_ / other, kPackage, kLibrary, kKey), fails(Error::invalidArtifactName())) << other;
+    EXPECT_EQ(Payload::inspectPackSegment(directory_ / other, kPackage, kLibrary, kKey),
+              fails(Error::invalidArtifactName()))
+        << other;
   }
   writeFile(directory_ / (name + "." + std::string(kLowerUUID) + ".partial"), original_);
-  EXPECT_TRUE(Payload::inspectPackSegment(directory_ / (name + "." + std::string(kLowerUUID) + ".partial"), kPackage, kLibrary, kKey));
+  EXPECT_TRUE(Payload::inspectPackSegment(directory_ / (name + "." + std::string(kLowerUUID) + ".partial"), kPackage,
+                                          kLibrary, kKey));
   const testsupport::TemporaryDirectory other;
   const fs::path elsewhere = other / name;
   testsupport::FileFixtures::makeSymbolicLink(path_, elsewhere);
@@ -284,13 +325,15 @@ Bytes resealedWithIndex(const Bytes& file, const std::function<Value(Value::Map)
   constexpr CBORLimits generous{1 << 20, 1 << 16, 1024, 64, 4096, 8};
   auto header = made(Header::decode(ByteView(file).first(Header::encodedByteCount)));
   const auto indexOffset = static_cast<std::ptrdiff_t>(Header::encodedByteCount + header.entryAreaByteCount);
-  const auto data = made(made(BackupAuthenticatedDataV1::make(BackupAADDomainV1::packIndex, kPackage, kLibrary,
-                                                              header.segmentIdentifier,
-                                                              std::numeric_limits<std::uint64_t>::max(), std::nullopt))
-                             .encoded());
-  const auto plaintext = made(AESGCMFrameV1::open(ByteView(file).subspan(static_cast<std::size_t>(indexOffset)), kKey, data, 65536));
+  const auto data = made(
+      made(BackupAuthenticatedDataV1::make(BackupAADDomainV1::packIndex, kPackage, kLibrary, header.segmentIdentifier,
+                                           std::numeric_limits<std::uint64_t>::max(), std::nullopt))
+          .encoded());
+  const auto plaintext =
+      made(AESGCMFrameV1::open(ByteView(file).subspan(static_cast<std::size_t>(indexOffset)), kKey, data, 65536));
   const auto index = made(DeterministicCBOR::decode(plaintext, generous));
-  const auto frame = made(AESGCMFrameV1::seal(made(DeterministicCBOR::encode(change(*index.asMap()), generous)), kKey, data, 65536));
+  const auto frame =
+      made(AESGCMFrameV1::seal(made(DeterministicCBOR::encode(change(*index.asMap()), generous)), kKey, data, 65536));
   header.indexFrameByteCount = frame.size();
   Bytes rebuilt(file.begin(), file.begin() + indexOffset);  // the header, rewritten below, and the entry area
   std::ranges::copy(header.encoded(), rebuilt.begin());
@@ -304,8 +347,13 @@ Bytes resealedWithIndex(const Bytes& file, const std::function<Value(Value::Map)
 TEST_F(BackupPayloadV1Segment, EveryIndexRuleIsMalformedIndex) {
   const Value firstIdentifier = Value::byteString(inputs_[0].identifier);
   // With `entry`, `item` is the place in that entry to change; a value of nothing removes the key.
-  const struct { std::string_view name; std::uint64_t key; std::optional<std::size_t> entry; std::size_t item;
-                 std::optional<Value> value; } rows[] = {
+  const struct {
+    std::string_view name;
+    std::uint64_t key;
+    std::optional<std::size_t> entry;
+    std::size_t item;
+    std::optional<Value> value;
+  } rows[] = {
       {"key 5 missing", 5, {}, 0, std::nullopt},
       {"other schema", 0, {}, 0, Value::textString("com.galdrine.backup.pack-index.v2")},
       {"entry count 3", 2, {}, 0, Value::unsignedInteger(3)},
@@ -345,15 +393,24 @@ TEST(BackupPayloadV1, ChunksOpenOnlyAsTheirDescriptorSays) {
   const testsupport::TemporaryDirectory directory;
   const fs::path path = directory / chunkName(identifier(0x50));
   const Bytes plaintext = pattern(300, 5);
-  const auto descriptor = made(Payload::writeResourceChunk(path, kPackage, kLibrary, identifier(0x50), 4, kKey, plaintext));
+  const auto descriptor =
+      made(Payload::writeResourceChunk(path, kPackage, kLibrary, identifier(0x50), 4, kKey, plaintext));
   const Bytes original = readFile(path);
   EXPECT_EQ(descriptor.frameSHA256, platform::SHA256::digest(original));
   const auto open = [&](const fs::path& at, const BackupResourceChunkDescriptorV1& expected, ByteView key = kKey) {
     return Payload::openResourceChunk(at, expected, kPackage, kLibrary, key);
   };
   EXPECT_EQ(open(path, descriptor), plaintext);
-  const struct { std::string_view name; std::function<void(BackupResourceChunkDescriptorV1&)> change; Error expected; } rows[] = {
-      {"frame above its ceiling, short identifier", [](auto& d) { d.frameByteCount = 16778241; d.identifier.pop_back(); },
+  const struct {
+    std::string_view name;
+    std::function<void(BackupResourceChunkDescriptorV1&)> change;
+    Error expected;
+  } rows[] = {
+      {"frame above its ceiling, short identifier",
+       [](auto& d) {
+         d.frameByteCount = 16778241;
+         d.identifier.pop_back();
+       },
        Error::invalidArtifact()},
       {"plaintext above its ceiling", [](auto& d) { d.plaintextByteCount = 16777217; }, Error::invalidArtifact()},
       {"short identifier", [](auto& d) { d.identifier.pop_back(); }, Error::invalidIdentifier()},

@@ -25,8 +25,13 @@ TEST(BoundedDirectoryListing, ListsWithinTheBoundAndRefusesBadNames) {
     for (int index = 0; index < count; ++index) names.push_back(std::to_string(1000 + index));  // in sorted order
     return names;
   };
-  const struct { const char* name; Names entries; std::int64_t maximumCount; std::vector<std::string_view> prefixes;
-                 std::expected<Names, Error> expected; } cases[] = {
+  const struct {
+    const char* name;
+    Names entries;
+    std::int64_t maximumCount;
+    std::vector<std::string_view> prefixes;
+    std::expected<Names, Error> expected;
+  } cases[] = {
       {"empty directory, bound 0", {}, 0, {""}, Names{}},
       {"one file, bound 0", {"a"}, 0, {""}, std::unexpected(Error::limitExceeded(0))},
       {"hidden names count", {".hidden", "a"}, 1, {""}, std::unexpected(Error::limitExceeded(1))},
@@ -56,7 +61,8 @@ TEST(BoundedDirectoryListing, RefusesWhatIsNoRealDirectory) {
   writeFile(directory / "file", "x");
   testsupport::FileFixtures::makeSymbolicLink(directory / "real", directory / "link");
   for (const char* name : {"missing", "file", "link"}) {
-    EXPECT_EQ(BoundedDirectoryListing::names(directory / name, 12), std::unexpected(Error::directoryUnavailable())) << name;
+    EXPECT_EQ(BoundedDirectoryListing::names(directory / name, 12), std::unexpected(Error::directoryUnavailable()))
+        << name;
   }
   // The bound is checked before the directory is touched.
   EXPECT_EQ(BoundedDirectoryListing::names(directory / "missing", -1), std::unexpected(Error::invalidMaximumCount()));

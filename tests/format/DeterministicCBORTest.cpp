@@ -1,3 +1,5 @@
+#include "format/cbor/DeterministicCBOR.hpp"
+
 #include <gtest/gtest.h>
 
 #include <array>
@@ -6,7 +8,6 @@
 #include <string>
 #include <string_view>
 
-#include "format/cbor/DeterministicCBOR.hpp"
 #include "support/HexBytes.hpp"
 
 namespace galdrine::format {
@@ -37,7 +38,8 @@ std::expected<Value, CBORError> decodeBoth(ByteView input, const Limits& limits)
 bool expectCanonical(ByteView input, const Limits& limits) {
   const auto decoded = decodeBoth(input, limits);
   if (decoded) {
-    EXPECT_EQ(DeterministicCBOR::encode(*decoded, limits), Bytes(input.begin(), input.end())) << ByteText::lowerHex(input);
+    EXPECT_EQ(DeterministicCBOR::encode(*decoded, limits), Bytes(input.begin(), input.end()))
+        << ByteText::lowerHex(input);
   }
   return decoded.has_value();
 }
@@ -47,7 +49,12 @@ bool expectCanonical(ByteView input, const Limits& limits) {
 // One row per fault; where a row holds several, the check that runs first decides.
 TEST(DeterministicCBOR, DecodeNamesTheFirstFailedCheck) {
   using enum CBORError::Code;
-  struct RejectCase { std::string_view name; Bytes input; CBORError expected; Limits limits = kHeader; };
+  struct RejectCase {
+    std::string_view name;
+    Bytes input;
+    CBORError expected;
+    Limits limits = kHeader;
+  };
   const auto x = [](std::string_view hex) { return hexBytes(hex); };
   const RejectCase cases[] = {
       {"tag", x("c0"), CBORError::unsupportedMajorType(6)},
@@ -55,7 +62,8 @@ TEST(DeterministicCBOR, DecodeNamesTheFirstFailedCheck) {
       {"one-byte simple value cut off", x("f8"), CBORError::unsupportedSimpleValue(24)},
       {"break", x("ff"), CBORError::unsupportedSimpleValue(31)},
       {"unsigned with additional value 28", x("1c"), CBORError::unsupportedSimpleValue(28)},
-      {"repeated large key", x("a21b0102030405060708f61b0102030405060708f6"), CBORError::duplicateMapKey(0x0102030405060708)},
+      {"repeated large key", x("a21b0102030405060708f61b0102030405060708f6"),
+       CBORError::duplicateMapKey(0x0102030405060708)},
       {"descending keys", x("a202000100"), failure(mapKeysOutOfOrder)},
       {"256 before 255", x("a2190100 0018ff00"), failure(mapKeysOutOfOrder)},
       {"text key", x("a1616100"), failure(mapKeyMustBeUnsignedInteger)},
@@ -97,8 +105,14 @@ TEST(DeterministicCBOR, DecodeNamesTheFirstFailedCheck) {
       {"order before the value", x("a2020001c0"), failure(mapKeysOutOfOrder)},
       {"inner failure before trailing bytes", x("81f700"), CBORError::unsupportedSimpleValue(23)},
       // A declared count never reserves memory the input cannot back.
-      {"four billion elements declared", x("9affffffff"), failure(unexpectedEnd), {kMost, kMost, kMost, kMost, kMost, 4}},
-      {"four billion entries declared", x("baffffffff"), failure(unexpectedEnd), {kMost, kMost, kMost, kMost, kMost, 4}},
+      {"four billion elements declared",
+       x("9affffffff"),
+       failure(unexpectedEnd),
+       {kMost, kMost, kMost, kMost, kMost, 4}},
+      {"four billion entries declared",
+       x("baffffffff"),
+       failure(unexpectedEnd),
+       {kMost, kMost, kMost, kMost, kMost, 4}},
   };
   for (const RejectCase& row : cases) {
     EXPECT_EQ(decodeBoth(row.input, row.limits), std::unexpected(row.expected)) << row.name;
@@ -106,7 +120,11 @@ TEST(DeterministicCBOR, DecodeNamesTheFirstFailedCheck) {
 }
 
 TEST(DeterministicCBOR, DecodesTheShortestFormsAndEncodesThemBack) {
-  const struct { std::string_view hex; Value expected; Limits limits = kHeader; } cases[] = {
+  const struct {
+    std::string_view hex;
+    Value expected;
+    Limits limits = kHeader;
+  } cases[] = {
       {"1818", Value::unsignedInteger(24)},
       {"190100", Value::unsignedInteger(256)},
       {"1a00010000", Value::unsignedInteger(65536)},
@@ -120,7 +138,8 @@ TEST(DeterministicCBOR, DecodesTheShortestFormsAndEncodesThemBack) {
       {"a10000", Value::map({{0, Value::unsignedInteger(0)}}), {3, 0, 0, 1, 3, 1}},
       {"a317f61818f6190100f6", Value::map({{23, Value::null()}, {24, Value::null()}, {256, Value::null()}})},
       {"a30238181818 3b7fffffffffffffff 19012c20",
-       Value::map({{300, Value::signedInteger(-1)}, {2, Value::signedInteger(-25)}, {24, Value::signedInteger(INT64_MIN)}})},
+       Value::map(
+           {{300, Value::signedInteger(-1)}, {2, Value::signedInteger(-25)}, {24, Value::signedInteger(INT64_MIN)}})},
   };
   for (const auto& row : cases) {
     EXPECT_EQ(decodeBoth(hexBytes(row.hex), row.limits), row.expected) << row.hex;
@@ -132,13 +151,23 @@ TEST(DeterministicCBOR, EncodeChecksRunInOrderAndStopAtTheFirstItemPastABound) {
   using enum CBORError::Code;
   const Value tenBytes = Value::byteString(Bytes(10, 0));
   const Value nested = Value::array({Value::array({})});
-  const struct { std::string_view name; Value value; Limits limits; CBORError expected; } cases[] = {
+  const struct {
+    std::string_view name;
+    Value value;
+    Limits limits;
+    CBORError expected;
+  } cases[] = {
       {"invalid limits", Value::null(), {1, 0, 0, 0, 0, 0}, failure(invalidLimits)},
       {"map key under depth zero", Value::map({{0, Value::null()}}), {16, 0, 0, 4, 16, 0}, failure(depthLimitExceeded)},
       {"text", Value::textString(std::string(257, 'a')), kHeader, failure(textStringLimitExceeded)},
       {"text that is not UTF-8", Value::textString("\xC0\x80"), kHeader, failure(invalidUTF8)},
-      {"output past the bound", Value::array({tenBytes, tenBytes}), {12, 16, 0, 4, 16, 1}, failure(encodedByteLimitExceeded)},
-      {"output bound before a later depth fault", Value::array({tenBytes, nested}), {5, 16, 0, 4, 16, 1},
+      {"output past the bound",
+       Value::array({tenBytes, tenBytes}),
+       {12, 16, 0, 4, 16, 1},
+       failure(encodedByteLimitExceeded)},
+      {"output bound before a later depth fault",
+       Value::array({tenBytes, nested}),
+       {5, 16, 0, 4, 16, 1},
        failure(encodedByteLimitExceeded)},
       {"depth before the item count", Value::array({Value::null()}), {16, 0, 0, 4, 1, 0}, failure(depthLimitExceeded)},
   };

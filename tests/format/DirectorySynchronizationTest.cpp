@@ -1,6 +1,7 @@
 #include "format/package/DirectorySynchronization.hpp"
 
 #include <fcntl.h>
+
 #include <gtest/gtest.h>
 
 #include "platform/FileDescriptor.hpp"

@@ -1,6 +1,6 @@
-#include <gtest/gtest.h>
-
 #include "format/MediaTypeClassifier.hpp"
+
+#include <gtest/gtest.h>
 
 namespace galdrine::format {
 
@@ -8,7 +8,10 @@ namespace galdrine::format {
 TEST(MediaTypeClassifier, ClassifiesByTheRegistryAndElseByTheFixedSets) {
   using namespace MediaTypeClassifier;
   const TypeLookup noRegistry = [](std::string_view) -> std::optional<platform::UniformType> { return std::nullopt; };
-  const struct { std::string_view identifier; bool image, movie, imageAlone, movieAlone; } cases[] = {
+  const struct {
+    std::string_view identifier;
+    bool image, movie, imageAlone, movieAlone;
+  } cases[] = {
       {"public.jpeg", true, false, true, false},
       {"public.image", true, false, false, false},
       {"Public.JPEG", true, false, false, false},

@@ -1,7 +1,8 @@
 #include "format/package/PathConfinement.hpp"
 
-#include <gtest/gtest.h>
 #include <unistd.h>
+
+#include <gtest/gtest.h>
 
 #include <system_error>
 
@@ -42,7 +43,7 @@ TEST(PathConfinement, PassesOnlyAPathWalkedThroughRealDirectoriesOrOneTrustedLin
   const RootLink trusted(root), untrusted(root), toFile(root / "file");
   ASSERT_EQ(::lchown(untrusted.path.c_str(), 4242, 4242), 0);
   const std::expected<void, Error> passes{}, invalidPath = std::unexpected(Error::invalidPath),
-                                       unavailable = std::unexpected(Error::unavailableDirectory);
+                                             unavailable = std::unexpected(Error::unavailableDirectory);
   const std::pair<fs::path, std::expected<void, Error>> cases[] = {
       {"/", passes},
       {root / "a" / "b", passes},

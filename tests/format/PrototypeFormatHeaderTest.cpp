@@ -1,8 +1,8 @@
+#include "format/header/PrototypeFormatHeader.hpp"
+
 #include <gtest/gtest.h>
 
 #include <string>
-
-#include "format/header/PrototypeFormatHeader.hpp"
 
 namespace galdrine::format {
 
@@ -13,11 +13,13 @@ using Error = PrototypeFormatHeaderError;
 }  // namespace
 
 TEST(PrototypeFormatHeader, RoundTripsWithoutJudgingValues) {
-  for (const PrototypeFormatHeader& header : {PrototypeFormatHeader{"", INT64_MIN}, PrototypeFormatHeader{"\u00E9/\"\n", INT64_MAX}}) {
+  for (const PrototypeFormatHeader& header :
+       {PrototypeFormatHeader{"", INT64_MIN}, PrototypeFormatHeader{"\u00E9/\"\n", INT64_MAX}}) {
     const auto encoded = header.encodeJSON();
     EXPECT_EQ(encoded ? PrototypeFormatHeader::decodeJSON(*encoded) : std::unexpected(encoded.error()), header);
   }
-  EXPECT_EQ(PrototypeFormatHeader({"GALDRINE-DRAFT", 0}).encodeJSON(), R"({"formatVersion":0,"magic":"GALDRINE-DRAFT"})");
+  EXPECT_EQ(PrototypeFormatHeader({"GALDRINE-DRAFT", 0}).encodeJSON(),
+            R"({"formatVersion":0,"magic":"GALDRINE-DRAFT"})");
   EXPECT_EQ(PrototypeFormatHeader({"a\xFF", 0}).encodeJSON(), std::unexpected(Error::invalidValue));
 }
 

@@ -1,7 +1,6 @@
 #include "kdf/Argon2idParameters.hpp"
 
 #include <gtest/gtest.h>
-
 #include <nlohmann/json.hpp>
 
 namespace galdrine::kdf {
@@ -48,8 +47,8 @@ TEST(Argon2idParameters, AcceptsTheBoundsAndRoundTripsItsDocument) {
   const auto made = Argon2idParameters::make(4, 128 * kMiB);
   ASSERT_TRUE(made.has_value());
   EXPECT_EQ(made->encodeDocument().dump(), R"({"memoryLimitBytes":134217728,"operationsLimit":4})");
-  EXPECT_EQ(Argon2idParameters::decodeDocument(nlohmann::json::parse(
-                R"({"note": [1], "operationsLimit": 4.0, "memoryLimitBytes": 1.34217728e8})")),
+  EXPECT_EQ(Argon2idParameters::decodeDocument(
+                nlohmann::json::parse(R"({"note": [1], "operationsLimit": 4.0, "memoryLimitBytes": 1.34217728e8})")),
             *made);
 }
 

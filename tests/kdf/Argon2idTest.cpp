@@ -18,8 +18,10 @@ constexpr std::int64_t kMiB = 1'048'576;
 // by U+0308) that NFC would compose, a NUL byte and a zero-width space. Each derivation counts.
 TEST(Argon2id, KeysEqualAnIndependentImplementation) {
   const std::tuple<std::string_view, std::string_view, std::uint64_t, std::int64_t, std::string_view> knownAnswers[] = {
-      {"password", "somesaltsomesalt", 3, 64 * kMiB, "7664ad4ba1a3c999fcdd0991ffc2270f78302d2383233db5e7befc85d1bb1819"},
-      {"password", "somesaltsomesalt", 12, 64 * kMiB, "1d76bf1762ff2bd9425b2fd6b9f8fd6192d5aaff3940ffe49b8b56f49c070b84"},
+      {"password", "somesaltsomesalt", 3, 64 * kMiB,
+       "7664ad4ba1a3c999fcdd0991ffc2270f78302d2383233db5e7befc85d1bb1819"},
+      {"password", "somesaltsomesalt", 12, 64 * kMiB,
+       "1d76bf1762ff2bd9425b2fd6b9f8fd6192d5aaff3940ffe49b8b56f49c070b84"},
       {"correct horse battery staple u\xcc\x88 \n", "0123456789abcdef", 5, 128 * kMiB,
        "43c61f7496575a387e6c11d7531cc58a9d45428432fe9265036167e32ca93e80"},
       {"Pa\0ss\xe2\x80\x8bphrase"sv, "SALTSALTSALTSALT", 3, 256 * kMiB,

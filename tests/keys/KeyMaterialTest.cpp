@@ -21,7 +21,9 @@ const auto kInvalidated = std::unexpected(Error::invalidated());
 Bytes copyOut(ByteView bytes) { return Bytes(bytes.begin(), bytes.end()); }
 
 template <typename Role>
-Bytes keyBytes(const KeyHandle<Role>& handle) { return handle.storage()->withTemporaryBytes(copyOut).value_or(Bytes{}); }
+Bytes keyBytes(const KeyHandle<Role>& handle) {
+  return handle.storage()->withTemporaryBytes(copyOut).value_or(Bytes{});
+}
 
 TEST(KeyMaterial, RefusesOtherLengths) {
   EXPECT_EQ(LibraryDomainIdentifier::make(Bytes(15)).error(), LibraryDomainIdentifierError::invalidByteCount(16, 15));
@@ -41,7 +43,8 @@ TEST(SecretKeyStorage, InvalidationReachesEveryHandleAndAccess) {
     const auto inner = copied.storage()->withTemporaryBytes(copyOut);
     copied.storage()->invalidate();
     return inner == copyOut(outer) ? copyOut(outer) : Bytes{};
-  }), kKey);
+  }),
+            kKey);
   bool called = false;
   EXPECT_EQ(access.withTemporaryBytes([&called](ByteView) { called = true; }), kInvalidated);
   EXPECT_FALSE(called);
@@ -107,7 +110,13 @@ TEST(KeyHierarchyFactory, DrawsTheHierarchyInOrderIntoItsRoles) {
 }
 
 TEST(KeyHierarchyFactory, FailsAtTheFirstBadDraw) {
-  struct FailCase { std::size_t failingDraw; std::size_t shortDraw; bool repeating; Error expected; std::size_t draws; };
+  struct FailCase {
+    std::size_t failingDraw;
+    std::size_t shortDraw;
+    bool repeating;
+    Error expected;
+    std::size_t draws;
+  };
   const FailCase cases[] = {
       {0, SIZE_MAX, false, Error::randomGenerationFailed(-7), 1},
       {SIZE_MAX, 0, false, Error::randomGeneratorReturnedWrongByteCount(16, 15), 1},
@@ -124,7 +133,13 @@ TEST(KeyHierarchyFactory, FailsAtTheFirstBadDraw) {
 
 TEST(KeyDomainPolicy, SaysWhichCredentialMayWrapWhichRoot) {
   using Factor = KeyProtectionFactor;
-  struct Row { Factor factor; bool libraryMaster; bool backupPackageMaster; bool portable; bool deviceOnly; };
+  struct Row {
+    Factor factor;
+    bool libraryMaster;
+    bool backupPackageMaster;
+    bool portable;
+    bool deviceOnly;
+  };
   const Row rows[] = {
       {Factor::localPassphrase, true, false, false, false},
       {Factor::numericAppCodeWithDeviceBinding, true, false, false, true},
@@ -135,7 +150,8 @@ TEST(KeyDomainPolicy, SaysWhichCredentialMayWrapWhichRoot) {
   for (const Row& row : rows) {
     const auto name = static_cast<int>(row.factor);
     EXPECT_EQ(KeyDomainPolicy::permits(row.factor, WrappedRootKey::libraryMaster), row.libraryMaster) << name;
-    EXPECT_EQ(KeyDomainPolicy::permits(row.factor, WrappedRootKey::backupPackageMaster), row.backupPackageMaster) << name;
+    EXPECT_EQ(KeyDomainPolicy::permits(row.factor, WrappedRootKey::backupPackageMaster), row.backupPackageMaster)
+        << name;
     EXPECT_EQ(KeyDomainPolicy::isPortable(row.factor), row.portable) << name;
     EXPECT_EQ(KeyDomainPolicy::requiresThisDeviceOnlyMaterial(row.factor), row.deviceOnly) << name;
   }
@@ -149,9 +165,11 @@ TEST(LibraryIsolationPolicy, KeepsPrimaryAndDecoyApartRoleFirst) {
   };
   const auto validate = LibraryIsolationPolicy::validatePrimaryDecoyPair;
   EXPECT_TRUE(validate(domain(Role::primary, 1), domain(Role::decoy, 2)).has_value());
-  EXPECT_EQ(validate(domain(Role::primary, 1), domain(Role::decoy, 1)), std::unexpected(IsolationError::reusedDomainIdentifier));
+  EXPECT_EQ(validate(domain(Role::primary, 1), domain(Role::decoy, 1)),
+            std::unexpected(IsolationError::reusedDomainIdentifier));
   EXPECT_EQ(validate(domain(Role::decoy, 1), domain(Role::decoy, 2)), std::unexpected(IsolationError::duplicateRole));
-  EXPECT_EQ(validate(domain(Role::primary, 1), domain(Role::primary, 1)), std::unexpected(IsolationError::duplicateRole));
+  EXPECT_EQ(validate(domain(Role::primary, 1), domain(Role::primary, 1)),
+            std::unexpected(IsolationError::duplicateRole));
 }
 
 }  // namespace

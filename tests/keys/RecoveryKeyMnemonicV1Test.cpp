@@ -33,9 +33,13 @@ const std::string kZeroPhrase = zeroPhrase();
 
 // Reference phrases made with Debian's python3-mnemonic (0.19), an independent BIP-39
 // implementation:
-//   /usr/bin/python3 -c "from mnemonic import Mnemonic; print(Mnemonic('english').to_mnemonic(bytes.fromhex('<entropy>')))"
+//   /usr/bin/python3 -c "from mnemonic import Mnemonic;
+//   print(Mnemonic('english').to_mnemonic(bytes.fromhex('<entropy>')))"
 // The first five entropies are those of the published BIP-39 test vectors for 256 bits.
-struct Vector { std::string_view entropyHex; std::string_view phrase; };
+struct Vector {
+  std::string_view entropyHex;
+  std::string_view phrase;
+};
 const Vector kVectors[] = {
     {"0000000000000000000000000000000000000000000000000000000000000000", kZeroPhrase},
     {"7f7f7f7f7f7f7f7f7f7f7f7f7f7f7f7f7f7f7f7f7f7f7f7f7f7f7f7f7f7f7f7f",
@@ -79,9 +83,7 @@ TEST(RecoveryKeyMnemonicV1, AcceptsCaseBlanksAndFullWidthLetters) {
   std::string upper = kZeroPhrase;
   for (char& character : upper) character = static_cast<char>(std::toupper(static_cast<unsigned char>(character)));
   const std::string variants[] = {
-      upper,
-      " \t\n" + zeroPhrase({}, "  \t ") + "\r\n\n",
-      zeroPhrase({}, "\u00A0\u3000\u2028"),
+      upper, " \t\n" + zeroPhrase({}, "  \t ") + "\r\n\n", zeroPhrase({}, "\u00A0\u3000\u2028"),
       zeroPhrase({{0, "\uFF21\uFF42\uFF21\uFF4E\uFF24\uFF4F\uFF2E"}}),  // "AbAnDoN" in full-width letters
   };
   for (const std::string& variant : variants) EXPECT_EQ(Mnemonic::entropy(variant), Bytes(32)) << variant;

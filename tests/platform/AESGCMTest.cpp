@@ -33,9 +33,18 @@ std::vector<Vector> publishedVectors() {
       "8cb08e48590dbb3da7b08b1056828838 c5f61e6393ba7a0abcc9f662";
   return {
       {zeroKey, zeroNonce, {}, {}, {}, hexBytes("530f8afbc74536b9a963b4f1c4cb738b")},
-      {zeroKey, zeroNonce, {}, Bytes(16, 0), hexBytes("cea7403d4d606b6e074ec5d3baf39d18"),
+      {zeroKey,
+       zeroNonce,
+       {},
+       Bytes(16, 0),
+       hexBytes("cea7403d4d606b6e074ec5d3baf39d18"),
        hexBytes("d0d1c8a799996bf0265b98b5d48ab919")},
-      {key, nonce, {}, hexBytes(plaintext + "1aafd255"), hexBytes(ciphertext + "898015ad"), hexBytes("b094dac5d93471bdec1a502270e3cc6c")},
+      {key,
+       nonce,
+       {},
+       hexBytes(plaintext + "1aafd255"),
+       hexBytes(ciphertext + "898015ad"),
+       hexBytes("b094dac5d93471bdec1a502270e3cc6c")},
       {key, nonce, hexBytes("feedfacedeadbeeffeedfacedeadbeefabaddad2"), hexBytes(plaintext), hexBytes(ciphertext),
        hexBytes("76fc6ece0f4e1768cddf8853bb2d551b")},
   };
@@ -57,15 +66,16 @@ TEST(AESGCM, SealsAndOpensThePublishedVectors) {
     EXPECT_EQ(ciphertext, vector.ciphertext);
     EXPECT_EQ(tag, vector.tag);
     Bytes opened(vector.ciphertext.size(), 0xAA);
-    ASSERT_TRUE(AESGCM::open(vector.key, vector.nonce, vector.authenticatedData, vector.ciphertext, vector.tag, opened));
+    ASSERT_TRUE(
+        AESGCM::open(vector.key, vector.nonce, vector.authenticatedData, vector.ciphertext, vector.tag, opened));
     EXPECT_EQ(opened, vector.plaintext);
   }
 }
 
 TEST(AESGCM, EveryTamperedBitIsRefusedLeavingNoPlaintext) {
   const Vector original = publishedVectors()[3];
-  for (Bytes Vector::*input : {&Vector::key, &Vector::nonce, &Vector::authenticatedData, &Vector::ciphertext,
-                               &Vector::tag}) {
+  for (Bytes Vector::*input :
+       {&Vector::key, &Vector::nonce, &Vector::authenticatedData, &Vector::ciphertext, &Vector::tag}) {
     Vector tampered = original;
     Bytes& bytes = tampered.*input;
     for (std::size_t bit = 0; bit < bytes.size() * 8; ++bit) {

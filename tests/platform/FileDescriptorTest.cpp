@@ -1,6 +1,7 @@
 #include "platform/FileDescriptor.hpp"
 
 #include <fcntl.h>
+
 #include <gtest/gtest.h>
 
 #include "support/FileFixtures.hpp"

@@ -1,8 +1,9 @@
 #include "platform/Files.hpp"
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
+
+#include <gtest/gtest.h>
 
 #include "platform/FileDescriptor.hpp"
 #include "support/FileFixtures.hpp"
@@ -32,7 +33,8 @@ TEST(Files, BoundedReadTakesARegularFileWithinTheRangeAndRefusesEveryOtherShape)
     writeFile(path, patternBytes(size));
     EXPECT_EQ(Files::readBoundedRegularFile(path, size, size), patternBytes(size)) << size;
     EXPECT_EQ(Files::readBoundedRegularFile(path, size + 1, size + 2),
-              std::unexpected(BoundedFileReadFault{Kind::sizeOutOfRange})) << size;
+              std::unexpected(BoundedFileReadFault{Kind::sizeOutOfRange}))
+        << size;
   }
   writeFile(directory / "four", "xxxx");
   makeSymbolicLink(directory / "four", directory / "link");

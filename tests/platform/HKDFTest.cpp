@@ -26,7 +26,10 @@ const struct {
     {"longer inputs and outputs", counting(0x00, 80), counting(0x60, 80), counting(0xb0, 80),
      "b11e398dc80327a1c8e7f78c596a4934 4f012eda2d4efad8a050cc4c19afa97c 59045a99cac7827271cb41c65e590e09"
      "da3275600c2f09b8367793a9aca3db71 cc30c58179ec3e87c14c01d5c1f3434f 1d87"},
-    {"empty salt and info", Bytes(22, 0x0b), {}, {},
+    {"empty salt and info",
+     Bytes(22, 0x0b),
+     {},
+     {},
      "8da4e775a563c18f715f802a063c5a31 b8a11f5c5ee1879ec3454e5f3c738d2d 9d201395faa4b61a96c8"},
 };
 

@@ -1,7 +1,6 @@
 #include "platform/JSONText.hpp"
 
 #include <gtest/gtest.h>
-
 #include <nlohmann/json.hpp>
 
 namespace galdrine::platform {

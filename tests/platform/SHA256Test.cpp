@@ -1,7 +1,8 @@
 #include "platform/SHA256.hpp"
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
+
+#include <gtest/gtest.h>
 
 #include <random>
 #include <string>
@@ -36,8 +37,8 @@ TEST(SHA256, FileDigestDoesNotDependOnTheChunkSize) {
   const std::pair<std::size_t, std::vector<std::int64_t>> cases[] = {
       {0, {1, SHA256::defaultReadChunkByteCount}},
       {4099, {1, 3, 63, 64, 65, 4098, 4099, 4100}},
-      {2 * 1'048'576 + 37, {1'048'575, SHA256::defaultReadChunkByteCount, SHA256::maximumReadBufferByteCount + 1,
-                            INT64_MAX}},
+      {2 * 1'048'576 + 37,
+       {1'048'575, SHA256::defaultReadChunkByteCount, SHA256::maximumReadBufferByteCount + 1, INT64_MAX}},
   };
   std::mt19937 generator(20240229);
   for (const auto& [byteCount, chunkByteCounts] : cases) {

@@ -12,7 +12,10 @@ TEST(UnicodeScalars, EncodingRoundTripsEveryScalar) {
     if (value < 0xD800 || value > 0xDFFF) all.push_back(value);
   }
   EXPECT_EQ(UnicodeScalars::scalars(UnicodeScalars::utf8(all)), all);
-  EXPECT_EQ(UnicodeScalars::utf8(U"a\xD800" U"b" + std::u32string(1, char32_t{0x110000})), "a\uFFFDb\uFFFD");
+  EXPECT_EQ(UnicodeScalars::utf8(U"a\xD800"
+                                 U"b" +
+                                 std::u32string(1, char32_t{0x110000})),
+            "a\uFFFDb\uFFFD");
   EXPECT_EQ(UnicodeScalars::scalars("\xC0\x80"), std::nullopt);
 }
 

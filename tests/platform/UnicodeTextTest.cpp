@@ -45,9 +45,9 @@ TEST(UnicodeText, GivesTheExpectedTextAndFoldsIdempotently) {
 TEST(UnicodeText, EveryOperationRefusesInvalidUTF8AndInputBeyondItsBound) {
   const std::string overlong(UnicodeText::maximumUTF8ByteCount + 1, 'a');
   const std::string atLimit(UnicodeText::maximumUTF8ByteCount, 'a');
-  for (const Operation operation : {UnicodeText::normalizedNFC, UnicodeText::normalizedNFKD, UnicodeText::lowercased,
-                                    UnicodeText::caseFolded, UnicodeText::caseAndDiacriticFolded,
-                                    UnicodeText::caseDiacriticAndWidthFolded}) {
+  for (const Operation operation :
+       {UnicodeText::normalizedNFC, UnicodeText::normalizedNFKD, UnicodeText::lowercased, UnicodeText::caseFolded,
+        UnicodeText::caseAndDiacriticFolded, UnicodeText::caseDiacriticAndWidthFolded}) {
     EXPECT_EQ(operation("a\xC0\x80"), std::unexpected(UnicodeTextError::invalidUTF8));
     EXPECT_EQ(operation("\xED\xA0\x80"), std::unexpected(UnicodeTextError::invalidUTF8));  // a surrogate
     EXPECT_EQ(operation(overlong), std::unexpected(UnicodeTextError::textTooLong));

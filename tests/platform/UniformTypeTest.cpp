@@ -35,8 +35,10 @@ TEST(UniformType, CompiledRegistryMatchesTheSourceTable) {
     const auto tags = columns[2] == "-" ? std::vector<std::string>{} : fields(columns[2], ',');
     EXPECT_EQ(type->identifier(), columns[0]);
     EXPECT_EQ(std::pair(type->conformsToImage(), type->conformsToMovie()),
-              std::pair(columns[1] == "image", columns[1] == "movie")) << line;
-    EXPECT_EQ(std::vector<std::string>(type->fileNameExtensionTags().begin(), type->fileNameExtensionTags().end()), tags);
+              std::pair(columns[1] == "image", columns[1] == "movie"))
+        << line;
+    EXPECT_EQ(std::vector<std::string>(type->fileNameExtensionTags().begin(), type->fileNameExtensionTags().end()),
+              tags);
     ++rowCount;
   }
   EXPECT_GT(rowCount, 30u);
@@ -45,7 +47,7 @@ TEST(UniformType, CompiledRegistryMatchesTheSourceTable) {
 // An extension finds the first row that lists it, in full case folding; identifiers compare in
 // ASCII case only; nothing else resolves.
 TEST(UniformType, LookupsFindTheFirstListedTypeIgnoringCase) {
-  EXPECT_EQ(identifierOf(UniformType::fromFileNameExtension("WEBP")), "public.webp");  // listed twice
+  EXPECT_EQ(identifierOf(UniformType::fromFileNameExtension("WEBP")), "public.webp");           // listed twice
   EXPECT_EQ(identifierOf(UniformType::fromFileNameExtension("m\u212Av")), "org.matroska.mkv");  // Kelvin sign
   EXPECT_EQ(identifierOf(UniformType::fromIdentifier("Public.JPEG")), "public.jpeg");
   EXPECT_EQ(identifierOf(UniformType::fromIdentifier("PUBL\u0130C.jpeg")), std::nullopt);

@@ -33,7 +33,8 @@ const std::string backupProgram = GALDRINE_BACKUP_EXECUTABLE;
 const std::string recoveryProgram = GALDRINE_RECOVERY_EXECUTABLE;
 const std::string passphraseLine = "lantern orchard 47 quietly drifting\n";
 
-ProgramOutcome run(const std::string& program, const std::vector<std::string>& arguments, const std::string& standardInput = {}) {
+ProgramOutcome run(const std::string& program, const std::vector<std::string>& arguments,
+                   const std::string& standardInput = {}) {
   return testsupport::ProgramRunner::run(program, arguments, standardInput);
 }
 
@@ -81,7 +82,8 @@ class BackupRoundTripTest : public testing::Test {
 
   // inspect gives the document of an inspection with the recovery key, which names no path.
   static Json inspect() {
-    const std::vector<std::string> arguments{"inspect", shared_->package.string(), "--recovery-key", "--credential-stdin"};
+    const std::vector<std::string> arguments{"inspect", shared_->package.string(), "--recovery-key",
+                                             "--credential-stdin"};
     const ProgramOutcome inspected = run(recoveryProgram, arguments, shared_->recoveryKeyLine);
     EXPECT_EQ(inspected.exitStatus, 0) << inspected.standardError;
     EXPECT_FALSE(inspected.standardOutput.contains(shared_->directory.path().string()));
@@ -110,8 +112,9 @@ TEST_F(BackupRoundTripTest, EachFactorExportsEveryMediaFileByteForByte) {
   const Json byKey = inspect();
   ASSERT_EQ(byKey["snapshots"].size(), 1u);
   EXPECT_EQ(byKey["branchDisposition"], "single-branch");
-  EXPECT_EQ(byKey["snapshots"][0]["counts"],
-            (Json{{"items", 10}, {"resources", 11}, {"folders", 1}, {"albums", 4}, {"memberships", 7}, {"tombstones", 0}}));
+  EXPECT_EQ(
+      byKey["snapshots"][0]["counts"],
+      (Json{{"items", 10}, {"resources", 11}, {"folders", 1}, {"albums", 4}, {"memberships", 7}, {"tombstones", 0}}));
   EXPECT_EQ(byKey["snapshots"][0]["payloadFileEvidence"]["complete"], true);
 
   const auto original = mediaContents(shared_->library);
@@ -173,15 +176,16 @@ TEST_F(BackupRoundTripTest, EachRefusalEndsWithItsStatusAndTextAndLeavesNothingB
 
 TEST_F(BackupRoundTripTest, AnAddedSnapshotIsTheNewTipWithTheNewFile) {
   fs::copy_file(shared_->library / "Sonnenuntergang.png", shared_->library / "Strand" / "Abendrot.png");
-  const ProgramOutcome added = run(backupProgram,
-                                   {"add", shared_->package.string(), "--from", shared_->library.string(), "--recovery-key",
-                                    "--credential-stdin"},
-                                   shared_->recoveryKeyLine);
+  const ProgramOutcome added = run(
+      backupProgram,
+      {"add", shared_->package.string(), "--from", shared_->library.string(), "--recovery-key", "--credential-stdin"},
+      shared_->recoveryKeyLine);
   ASSERT_EQ(added.exitStatus, 0) << added.standardError;
   const Json document = inspect();
   EXPECT_EQ(document["snapshots"].size(), 2u);
   testsupport::TemporaryDirectory output;
-  const ProgramOutcome exported = exportRun("--recovery-key", shared_->recoveryKeyLine, tipCode(document), output / "Recovered");
+  const ProgramOutcome exported =
+      exportRun("--recovery-key", shared_->recoveryKeyLine, tipCode(document), output / "Recovered");
   ASSERT_EQ(exported.exitStatus, 0) << exported.standardError;
   EXPECT_EQ(mediaContents(output / "Recovered" / "All Items"), mediaContents(shared_->library));
 }

@@ -29,11 +29,15 @@ TEST(RecoveryProgram, EachRunWritesOneStreamWithItsStatus) {
       {{"help", "inspect"}, "", 2, "", usage},
       // No controlling terminal: the hidden prompt has no one to ask.
       {{"inspect", "a.galdrine", "--backup-passphrase"}, "", 3, "", "The credential could not be read securely.\n"},
-      {{"inspect", "a.galdrine", "--backup-passphrase", "--credential-stdin"}, std::string(16384, 'x'), 4, "",
+      {{"inspect", "a.galdrine", "--backup-passphrase", "--credential-stdin"},
+       std::string(16384, 'x'),
+       4,
+       "",
        "The backup package is invalid or unsupported.\n"},
   };
   for (const auto& testCase : cases) {
-    const auto result = testsupport::ProgramRunner::run(GALDRINE_RECOVERY_EXECUTABLE, testCase.arguments, testCase.standardInput);
+    const auto result =
+        testsupport::ProgramRunner::run(GALDRINE_RECOVERY_EXECUTABLE, testCase.arguments, testCase.standardInput);
     EXPECT_EQ(result.exitStatus, testCase.exitStatus) << testCase.standardError;
     EXPECT_EQ(result.standardOutput, testCase.standardOutput);
     EXPECT_EQ(result.standardError, testCase.standardError);

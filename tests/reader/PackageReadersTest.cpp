@@ -26,7 +26,9 @@ using EnvelopeError = envelope::PortableKeyEnvelopeV1Error;
 class KeyEnvelopeSetReaderTest : public testing::Test {
  protected:
   [[nodiscard]] fs::path packagePath() const { return directory_ / "Library.galdrine"; }
-  [[nodiscard]] Bytes bpmk() const { return Bytes(writer_.backupPackageMasterKey().begin(), writer_.backupPackageMasterKey().end()); }
+  [[nodiscard]] Bytes bpmk() const {
+    return Bytes(writer_.backupPackageMasterKey().begin(), writer_.backupPackageMasterKey().end());
+  }
 
   testsupport::TemporaryDirectory directory_;
   Writer writer_ = createWithRecoveryKey(packagePath());
@@ -52,14 +54,17 @@ TEST_F(KeyEnvelopeSetReaderTest, AnEnvelopeFileMustBeThereAndNameItsPackage) {
   const auto package = format::BackupPackageV1::open(packagePath());
   ASSERT_TRUE(foreign && package);
   // Built field by field, the reader makes the binding check itself.
-  EXPECT_EQ(Reader::make(*package, foreign->envelopeSet, foreign->encodedSHA256).error(), ReaderError::packageBindingMismatch());
+  EXPECT_EQ(Reader::make(*package, foreign->envelopeSet, foreign->encodedSHA256).error(),
+            ReaderError::packageBindingMismatch());
   // Opened from disk, the envelope file's own read binds first, and its refusal passes on as it came.
   const fs::path envelopes = packagePath() / format::BackupPackageV1::keyEnvelopesName;
   fs::copy_file(otherPath / format::BackupPackageV1::keyEnvelopesName, envelopes, fs::copy_options::overwrite_existing);
   using OpenFailure = BackupKeyEnvelopeSetReaderOpenFailure;
-  EXPECT_EQ(Reader::open(packagePath()).error(), OpenFailure(envelope::BackupKeyEnvelopeFileV1Failure(FileError::packageBindingMismatch)));
+  EXPECT_EQ(Reader::open(packagePath()).error(),
+            OpenFailure(envelope::BackupKeyEnvelopeFileV1Failure(FileError::packageBindingMismatch)));
   fs::remove(envelopes);
-  EXPECT_EQ(Reader::open(packagePath()).error(), OpenFailure(envelope::BackupKeyEnvelopeFileV1Failure(FileError::envelopeFileMissing)));
+  EXPECT_EQ(Reader::open(packagePath()).error(),
+            OpenFailure(envelope::BackupKeyEnvelopeFileV1Failure(FileError::envelopeFileMissing)));
 }
 
 TEST_F(KeyEnvelopeSetReaderTest, ALooseEnvelopeOpensOnlyWithItsWholeContext) {
@@ -77,7 +82,8 @@ TEST_F(KeyEnvelopeSetReaderTest, ALooseEnvelopeOpensOnlyWithItsWholeContext) {
   const ByteView headerData = reader->package().headerData();
   EXPECT_EQ(open(headerData, domain, metadata.generation()), bpmk());
   EXPECT_EQ(open(headerData, domain, metadata.generation() + 1).error(), Failure(EnvelopeError::contextMismatch()));
-  EXPECT_EQ(open(headerData, Bytes(16, 7), metadata.generation()).error(), Failure(EnvelopeError::authenticationFailed()));
+  EXPECT_EQ(open(headerData, Bytes(16, 7), metadata.generation()).error(),
+            Failure(EnvelopeError::authenticationFailed()));
   // The header is decoded before anything else: a cut header wins over a short domain.
   const auto cutHeader = open(headerData.first(headerData.size() - 1), Bytes(3, 0), metadata.generation());
   ASSERT_FALSE(cutHeader.has_value());
@@ -91,9 +97,12 @@ TEST(PrototypeHeaderValidatorTest, TheMagicIsJudgedBeforeTheVersion) {
     std::int64_t formatVersion;
     std::optional<Error> expected;
   } cases[] = {
-      {"GALDRINE-DRAFT", 0, std::nullopt},           {"GALDRINE-DRAFT", 1, Error::unsupportedVersion(1)},
-      {"GALDRINE-DRAFT", -3, Error::unsupportedVersion(-3)}, {"GALDRINE-DRAFX", 7, Error::invalidMagic()},
-      {"GALDRINE-DRAFT ", 0, Error::invalidMagic()}, {"", 0, Error::invalidMagic()},
+      {"GALDRINE-DRAFT", 0, std::nullopt},
+      {"GALDRINE-DRAFT", 1, Error::unsupportedVersion(1)},
+      {"GALDRINE-DRAFT", -3, Error::unsupportedVersion(-3)},
+      {"GALDRINE-DRAFX", 7, Error::invalidMagic()},
+      {"GALDRINE-DRAFT ", 0, Error::invalidMagic()},
+      {"", 0, Error::invalidMagic()},
   };
   for (const auto& testCase : cases) {
     const auto result = PrototypeHeaderValidator::validate({testCase.magic, testCase.formatVersion});

@@ -54,16 +54,21 @@ struct ExportScene {
     album.name = "Sommer in K\xC3\xB6ln";
     using format::BackupAlbumFolderRecordV1, format::BackupAlbumRecordV1, format::BackupAlbumMembershipRecordV1;
     const std::vector<format::BackupManifestRecordV1> records = {
-        ExportTestRecords::item(3, "b.jpg", {30}), Records::made(format::BackupMediaItemRecordV1::make(timeZoneZero)),
-        Records::made(format::BackupMediaItemRecordV1::make(noTimeZone)), ExportTestRecords::resource(30, 3),
-        ExportTestRecords::resource(10, 1), Records::made(format::BackupMediaResourceRecordV1::make(movie)),
-        ExportTestRecords::resource(20, 2), Records::made(BackupAlbumFolderRecordV1::make(folder)),
+        ExportTestRecords::item(3, "b.jpg", {30}),
+        Records::made(format::BackupMediaItemRecordV1::make(timeZoneZero)),
+        Records::made(format::BackupMediaItemRecordV1::make(noTimeZone)),
+        ExportTestRecords::resource(30, 3),
+        ExportTestRecords::resource(10, 1),
+        Records::made(format::BackupMediaResourceRecordV1::make(movie)),
+        ExportTestRecords::resource(20, 2),
+        Records::made(BackupAlbumFolderRecordV1::make(folder)),
         Records::made(BackupAlbumFolderRecordV1::make(Records::folderFields(60, std::nullopt))),
         Records::made(BackupAlbumRecordV1::make(Records::albumFields(71, std::nullopt, 1))),
         Records::made(BackupAlbumRecordV1::make(album)),
         Records::made(BackupAlbumMembershipRecordV1::make(Records::membershipFields(71, 2))),
         Records::made(BackupAlbumMembershipRecordV1::make(Records::membershipFields(70, 1))),
-        Records::made(format::BackupTombstoneRecordV1::make(Records::tombstoneFields(5, Records::identifiers({50, 51})))),
+        Records::made(
+            format::BackupTombstoneRecordV1::make(Records::tombstoneFields(5, Records::identifiers({50, 51})))),
     };
     model = *exportModel(records);
     plan = *resourcePlan(model);
@@ -184,10 +189,12 @@ TEST(ExportDocuments, ReadingIgnoresUnknownKeysAndNamesTheFirstProblem) {
     return text.replace(text.find(from), from.size(), to);
   };
   ASSERT_TRUE(reportFromDocumentText(valid).has_value());
-  EXPECT_EQ(reportFromDocumentText(replaced("\"status\"", "\"state\"")).error(), platform::JSONDocumentError::keyNotFound);
+  EXPECT_EQ(reportFromDocumentText(replaced("\"status\"", "\"state\"")).error(),
+            platform::JSONDocumentError::keyNotFound);
   EXPECT_EQ(reportFromDocumentText(replaced("\"totalItemCount\": 1", "\"totalItemCount\": \"1\"")).error(),
             platform::JSONDocumentError::typeMismatch);
-  EXPECT_EQ(reportFromDocumentText(replaced("\"failures\": []", R"("failures": [{"itemIdentifier": "i", "resourceIdentifier": "r"}])"))
+  EXPECT_EQ(reportFromDocumentText(
+                replaced("\"failures\": []", R"("failures": [{"itemIdentifier": "i", "resourceIdentifier": "r"}])"))
                 .error(),
             platform::JSONDocumentError::keyNotFound);
 }

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/UnicodeText.hpp"
 #include "ExportTestRecords.hpp"
+#include "platform/UnicodeText.hpp"
 
 namespace galdrine::recovery {
 
@@ -44,11 +44,14 @@ TEST(ExportFileName, PreferredFilenameCleansEveryStepInOrder) {
       {"con.jpg", Kind::photo, "public.jpeg", true, Role::primary, "_con-current.jpg"},
       // Structure and control characters become "_".
       {"a/b:c.jpg", Kind::photo, "public.jpeg", false, Role::primary, "a_b_c.jpg"},
-      {"a\tb\xE2\x80\x8B" "c\xE2\x80\xAE.jpg", Kind::photo, "public.jpeg", false, Role::primary, "a_b_c_.jpg"},
+      {"a\tb\xE2\x80\x8B"
+       "c\xE2\x80\xAE.jpg",
+       Kind::photo, "public.jpeg", false, Role::primary, "a_b_c_.jpg"},
       {std::string("x\0y.jpg", 7), Kind::photo, "public.jpeg", false, Role::primary, "x_y.jpg"},
       // Trimming, then trailing dots and spaces, then the split at the last dot.
       {"  photo.jpg...  ", Kind::photo, "public.jpeg", false, Role::primary, "photo.jpg"},
-      {"\xE3\x80\x80spaced name . jpg\xE3\x80\x80", Kind::photo, "public.jpeg", false, Role::primary, "spaced name .jpeg"},
+      {"\xE3\x80\x80spaced name . jpg\xE3\x80\x80", Kind::photo, "public.jpeg", false, Role::primary,
+       "spaced name .jpeg"},
       {".hidden", Kind::photo, "public.png", false, Role::primary, ".hidden.png"},
       {"a.b.c", Kind::photo, "public.jpeg", false, Role::primary, "a.b.jpeg"},
       // Form C: a decomposed accent is composed.
@@ -63,8 +66,10 @@ TEST(ExportFileName, PreferredFilenameCleansEveryStepInOrder) {
       {"x.png", Kind::photo, "PUBLIC.JPEG", false, Role::primary, "x.jpeg"},
       // 180 bytes of stem, cut only between characters.
       {repeated("a", 180) + ".jpg", Kind::photo, "public.jpeg", false, Role::primary, repeated("a", 180) + ".jpg"},
-      {repeated("a", 179) + "\xC3\xA9.jpg", Kind::photo, "public.jpeg", false, Role::primary, repeated("a", 179) + ".jpg"},
-      {repeated("a", 178) + "q\xCC\x81.jpg", Kind::photo, "public.jpeg", false, Role::primary, repeated("a", 178) + ".jpg"},
+      {repeated("a", 179) + "\xC3\xA9.jpg", Kind::photo, "public.jpeg", false, Role::primary,
+       repeated("a", 179) + ".jpg"},
+      {repeated("a", 178) + "q\xCC\x81.jpg", Kind::photo, "public.jpeg", false, Role::primary,
+       repeated("a", 178) + ".jpg"},
       {repeated("a", 175) + ".jpg", Kind::photo, "public.jpeg", true, Role::primary, repeated("a", 175) + "-curr.jpg"},
   };
   for (const auto& testCase : cases) {
@@ -78,7 +83,8 @@ TEST(ExportFileName, PreferredFilenameCleansEveryStepInOrder) {
 // A stem is cut to whole characters, so a first character longer than the limit leaves none.
 TEST(ExportFileName, TruncationKeepsWholeCharactersWithinTheByteCount) {
   const auto item = ExportTestRecords::item(1, std::string("a").append(repeated("\xCC\x81", 100)).append(".jpg"), {10});
-  EXPECT_EQ(preferredFilename(item, ExportTestRecords::resource(10, 1), false), std::unexpected(Error::integrityFailure));
+  EXPECT_EQ(preferredFilename(item, ExportTestRecords::resource(10, 1), false),
+            std::unexpected(Error::integrityFailure));
   EXPECT_EQ(*truncated("ab\xC3\xA9", 3), "ab");
   EXPECT_EQ(*truncated("ab\xC3\xA9", 4), "ab\xC3\xA9");
   EXPECT_EQ(*truncated("\xF0\x9F\x87\xA9\xF0\x9F\x87\xAA", 7), "");  // one flag of 8 bytes
@@ -94,7 +100,9 @@ TEST(ExportFileName, CollisionsCompareIgnoringCaseAndAccentsAndContinueTheirSuff
   const Sequence sequences[] = {
       {"three of a kind", {"a.jpg", "a.jpg", "a.jpg"}, {"a.jpg", "a-2.jpg", "a-3.jpg"}},
       {"case and accents", {"\xC3\x84.jpg", "a.JPG"}, {"\xC3\x84.jpg", "a-2.JPG"}},
-      {"composed or not", {"R\xC3\xA9sum\xC3\xA9.JPG", "resume\xCC\x81.jpg"}, {"R\xC3\xA9sum\xC3\xA9.JPG", "resume\xCC\x81-2.jpg"}},
+      {"composed or not",
+       {"R\xC3\xA9sum\xC3\xA9.JPG", "resume\xCC\x81.jpg"},
+       {"R\xC3\xA9sum\xC3\xA9.JPG", "resume\xCC\x81-2.jpg"}},
       {"suffix already taken", {"a-2.jpg", "a.jpg", "a.jpg", "a.jpg"}, {"a-2.jpg", "a.jpg", "a-3.jpg", "a-4.jpg"}},
       {"twin of a suffixed name", {"a.jpg", "a.jpg", "a-2.jpg"}, {"a.jpg", "a-2.jpg", "a-2-2.jpg"}},
       {"no extension", {"a", "A"}, {"a", "A-2"}},

@@ -18,11 +18,13 @@ namespace Records = testsupport::ManifestTestRecords;
 inline format::BackupIdentifierV1 identifier(std::uint64_t number) {
   return *format::FixedBytes::identifier(Records::identifier(number));
 }
-inline platform::SHA256Digest digest(std::uint64_t number) { return *format::FixedBytes::digest(Records::digest(number)); }
+inline platform::SHA256Digest digest(std::uint64_t number) {
+  return *format::FixedBytes::digest(Records::digest(number));
+}
 
 inline format::BackupMediaItemRecordV1 item(std::uint64_t number, std::string_view originalFilename,
-                                           std::initializer_list<std::uint64_t> resources,
-                                           format::BackupMediaKindV1 kind = format::BackupMediaKindV1::photo) {
+                                            std::initializer_list<std::uint64_t> resources,
+                                            format::BackupMediaKindV1 kind = format::BackupMediaKindV1::photo) {
   auto fields = Records::itemFields(number, Records::identifiers(resources));
   fields.originalFilename = originalFilename;
   fields.kind = kind;

@@ -20,8 +20,8 @@ constexpr auto integrityFailure = std::unexpected(RecoveryPackageInspectorError:
                                                         std::uint64_t fileByteCount) {
   auto part = packed ? packPartFields(artifact, 0, 1000, resource) : chunkPartFields(artifact, 0, 0, 1000);
   part.artifactFileByteCount = fileByteCount;
-  auto fields =
-      packed ? packedResourceFields(resource, 1, 2, artifact, 0) : chunkedResourceFields(resource, 1, 2, artifact, 1, 1000);
+  auto fields = packed ? packedResourceFields(resource, 1, 2, artifact, 0)
+                       : chunkedResourceFields(resource, 1, 2, artifact, 1, 1000);
   fields.parts = partsOf({made(format::BackupPayloadPartRecordV1::make(part))});
   return made(format::BackupMediaResourceRecordV1::make(fields));
 }
@@ -44,8 +44,8 @@ TEST(PayloadExpectationTest, OneFileMustBePromisedAlikeWithinAManifestAndAcrossM
                                  resourceIn(true, 10, 30, 5000), resourceIn(true, 11, 30, 5000)});
   ASSERT_TRUE(shared.has_value());
   const auto bytes = [](ByteView view) { return Bytes(view.begin(), view.end()); };
-  EXPECT_EQ(*shared, (PayloadExpectationMap{{bytes(identifier(30)), {format::BackupPayloadContainerKindV1::pack, 5000,
-                                                                     bytes(digest(30))}}}));
+  EXPECT_EQ(*shared, (PayloadExpectationMap{{bytes(identifier(30)),
+                                             {format::BackupPayloadContainerKindV1::pack, 5000, bytes(digest(30))}}}));
   EXPECT_EQ(collected({resourceIn(true, 10, 30, 5000), resourceIn(true, 11, 30, 5001)}), integrityFailure);
 
   PayloadExpectationMap global;

@@ -27,15 +27,18 @@ constexpr std::size_t kPiece = PayloadFileExaminations::readPieceByteCount;
 
 [[nodiscard]] Bytes patterned(std::size_t byteCount) {
   Bytes bytes(byteCount);
-  for (std::size_t index = 0; index < byteCount; ++index) bytes[index] = static_cast<std::uint8_t>(index * 7 + index / 251);
+  for (std::size_t index = 0; index < byteCount; ++index)
+    bytes[index] = static_cast<std::uint8_t>(index * 7 + index / 251);
   return bytes;
 }
 
 class PayloadObservationTest : public testing::Test {
  protected:
-  [[nodiscard]] Observation observe(const fs::path& path, ByteView expected, const RecoveryPayloadReadObserver& observer = {}) {
+  [[nodiscard]] Observation observe(const fs::path& path, ByteView expected,
+                                    const RecoveryPayloadReadObserver& observer = {}) {
     const auto digest = platform::SHA256::digest(expected);
-    return PayloadObservations::observation(PayloadFileExaminations::examine(path, expected.size(), digest, buffer_, observer));
+    return PayloadObservations::observation(
+        PayloadFileExaminations::examine(path, expected.size(), digest, buffer_, observer));
   }
 
   testsupport::TemporaryDirectory directory_;
@@ -56,7 +59,8 @@ TEST_F(PayloadObservationTest, AFileIsStreamedInWholePiecesUntilAReadGivesNothin
     const Bytes content = patterned(byteCount);
     writeFile(directory_ / "file", content);
     std::vector<std::size_t> reads;
-    const auto observation = observe(directory_ / "file", content, [&](const fs::path&, std::size_t read) { reads.push_back(read); });
+    const auto observation =
+        observe(directory_ / "file", content, [&](const fs::path&, std::size_t read) { reads.push_back(read); });
     EXPECT_EQ(observation, Observation::matching) << byteCount;
     std::vector<std::size_t> expected(byteCount / kPiece, kPiece);
     if (byteCount % kPiece != 0) expected.push_back(byteCount % kPiece);
@@ -80,7 +84,10 @@ TEST_F(PayloadObservationTest, AFileThatChangesWhileItIsHashedIsUnreadable) {
   for (const auto& [name, change] : changes) {
     writeFile(path, content);
     int readCount = 0;
-    EXPECT_EQ(observe(path, content, [&](const fs::path&, std::size_t) { if (++readCount == 1) change(); }),
+    EXPECT_EQ(observe(path, content,
+                      [&](const fs::path&, std::size_t) {
+                        if (++readCount == 1) change();
+                      }),
               Observation::unreadable)
         << name;
   }

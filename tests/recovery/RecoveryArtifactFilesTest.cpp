@@ -3,8 +3,9 @@
 
 #include "recovery/inspection/RecoveryArtifactFiles.hpp"
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
+
+#include <gtest/gtest.h>
 
 #include <optional>
 #include <string>
@@ -63,12 +64,16 @@ TEST(RecoveryArtifactFilesTest, ListsCanonicalNamesAscendingAndRefusesAnyOther) 
 
 TEST(RecoveryArtifactFilesTest, TheListingBoundIsInclusiveAndOtherListingFaultsAreUnavailability) {
   testsupport::TemporaryDirectory directory;
-  for (int index = 0; index < 3; ++index) writeFile(directory / (kFirst.substr(0, 31) + std::to_string(index) + ".head"), "x");
+  for (int index = 0; index < 3; ++index)
+    writeFile(directory / (kFirst.substr(0, 31) + std::to_string(index) + ".head"), "x");
   EXPECT_EQ(errorOf(RecoveryArtifactFiles::artifactIdentifiers(directory.path(), "head", 3)), std::nullopt);
-  EXPECT_EQ(errorOf(RecoveryArtifactFiles::artifactIdentifiers(directory.path(), "head", 2)), Error::resourceLimitExceeded);
-  EXPECT_EQ(errorOf(RecoveryArtifactFiles::artifactIdentifiers(directory / "absent", "head", 3)), Error::packageUnavailable);
+  EXPECT_EQ(errorOf(RecoveryArtifactFiles::artifactIdentifiers(directory.path(), "head", 2)),
+            Error::resourceLimitExceeded);
+  EXPECT_EQ(errorOf(RecoveryArtifactFiles::artifactIdentifiers(directory / "absent", "head", 3)),
+            Error::packageUnavailable);
   makeSymbolicLink(directory.path(), directory / "link");
-  EXPECT_EQ(errorOf(RecoveryArtifactFiles::artifactIdentifiers(directory / "link", "head", 3)), Error::packageUnavailable);
+  EXPECT_EQ(errorOf(RecoveryArtifactFiles::artifactIdentifiers(directory / "link", "head", 3)),
+            Error::packageUnavailable);
 }
 
 // The inspector's suite removes, cuts, lengthens and replaces metadata files; here are the
@@ -78,9 +83,11 @@ TEST(RecoveryArtifactFilesTest, ReadingKeepsToItsBoundAndMapsEachFaultToItsCase)
   writeFile(directory / "eight", "12345678");
   writeFile(directory / "empty", "");
   ASSERT_EQ(::mkfifo((directory / "fifo").c_str(), 0600), 0);
-  const std::pair<const char*, std::int64_t> refused[] = {{"eight", 7}, {"eight", 0}, {"eight", -1}, {"empty", 8}, {"fifo", 8}};
+  const std::pair<const char*, std::int64_t> refused[] = {
+      {"eight", 7}, {"eight", 0}, {"eight", -1}, {"empty", 8}, {"fifo", 8}};
   for (const auto& [name, maximumByteCount] : refused) {
-    EXPECT_EQ(errorOf(RecoveryArtifactFiles::readRegularFile(directory / name, maximumByteCount)), Error::integrityFailure)
+    EXPECT_EQ(errorOf(RecoveryArtifactFiles::readRegularFile(directory / name, maximumByteCount)),
+              Error::integrityFailure)
         << name << " " << maximumByteCount;
   }
   EXPECT_EQ(RecoveryArtifactFiles::readRegularFile(directory / "eight", 8), ByteText::bytes("12345678"));

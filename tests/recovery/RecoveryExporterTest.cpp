@@ -45,7 +45,8 @@ class ExporterPackageTest : public testing::Test {
 TEST_F(ExporterPackageTest, ExportsEveryResourceByteForByteBesideBothDocuments) {
   const auto library = testsupport::BackupSampleLibrary::make({.seed = 3});
   const auto first = writer_.writeCommit(library);
-  ASSERT_TRUE(first && writer_.writeCommit(testsupport::RecoveryTestPackages::library(9, 2)));  // a later commit; the first is exported
+  ASSERT_TRUE(first && writer_.writeCommit(
+                           testsupport::RecoveryTestPackages::library(9, 2)));  // a later commit; the first is exported
   const fs::path destination = directory_ / "Recovered";
 
   const auto result = exportWithRecoveryKey(packagePath(), kRecoveryKey, bytesOf(first->commitIdentifier), destination);
@@ -53,7 +54,8 @@ TEST_F(ExporterPackageTest, ExportsEveryResourceByteForByteBesideBothDocuments) 
   const auto itemCount = static_cast<std::int64_t>(library.items.size());
   EXPECT_EQ(result, (Result{destination, bytesOf(first->commitIdentifier), first->snapshot.identifier(),
                             RecoveryExportStatus::completed, itemCount, itemCount, resourceCount, resourceCount, 0}));
-  EXPECT_EQ(entryNames(destination), (std::vector<std::string>{"All Items", "library-mapping.json", "recovery-report.json"}));
+  EXPECT_EQ(entryNames(destination),
+            (std::vector<std::string>{"All Items", "library-mapping.json", "recovery-report.json"}));
   EXPECT_EQ(namesBeside(), (std::vector<std::string>{"Library.galdrine", "Recovered"}));
   const auto exported = readExport(destination);
   ASSERT_TRUE(exported.has_value());
@@ -61,7 +63,8 @@ TEST_F(ExporterPackageTest, ExportsEveryResourceByteForByteBesideBothDocuments) 
   EXPECT_EQ(exported->allItemsNames.size(), first->resources.size());
   EXPECT_EQ(exported->mapping.selectedCommitIdentifier, ByteText::lowerHex(first->commitIdentifier));
   for (const char* name : {"", "All Items"}) EXPECT_EQ(permissionsOf(destination / name), 0700u) << name;
-  for (const std::string& name : {std::string("recovery-report.json"), "All Items/" + exported->allItemsNames.front()}) {
+  for (const std::string& name :
+       {std::string("recovery-report.json"), "All Items/" + exported->allItemsNames.front()}) {
     EXPECT_EQ(permissionsOf(destination / name), 0600u) << name;
   }
 }
@@ -72,8 +75,13 @@ TEST_F(ExporterPackageTest, ExportsEveryResourceByteForByteBesideBothDocuments) 
 // authenticated snapshots. A refused export leaves nothing beside the package.
 TEST_F(ExporterPackageTest, RefusalsComeInTheirOrderAndLeaveNothing) {
   const std::string root = directory_.path().string();
-  const std::vector<std::string> refused = {"Recovered",          root + "/./Recovered", root + "/sub/../Recovered",
-                                            root + "/Recovered/", root + "//Recovered",  root + "/.", ""};
+  const std::vector<std::string> refused = {"Recovered",
+                                            root + "/./Recovered",
+                                            root + "/sub/../Recovered",
+                                            root + "/Recovered/",
+                                            root + "//Recovered",
+                                            root + "/.",
+                                            ""};
   for (const std::string& destination : refused) {
     EXPECT_EQ(exportWithRecoveryKey(directory_ / "Absent.galdrine", kRecoveryKey, Bytes(15, 1), fs::path(destination)),
               std::unexpected(ExportError::destinationUnavailable))
@@ -109,7 +117,8 @@ TEST_F(ExporterPackageTest, EveryFaultPointLeavesNeitherDestinationNorStaging) {
   ASSERT_TRUE(written.has_value());
   for (const FaultPoint point : {FaultPoint::afterStagingCreated, FaultPoint::afterFirstResourceAttempt,
                                  FaultPoint::beforeMetadata, FaultPoint::beforePublication}) {
-    EXPECT_EQ(exportWithRecoveryKey(packagePath(), kRecoveryKey, bytesOf(written->commitIdentifier), directory_ / "Recovered", point),
+    EXPECT_EQ(exportWithRecoveryKey(packagePath(), kRecoveryKey, bytesOf(written->commitIdentifier),
+                                    directory_ / "Recovered", point),
               std::unexpected(ExportError::outputWriteFailed))
         << static_cast<int>(point);
     EXPECT_EQ(namesBeside(), std::vector<std::string>{"Library.galdrine"}) << static_cast<int>(point);
@@ -136,7 +145,8 @@ TEST_F(ExporterPackageTest, APayloadThatFailsItsFinalDigestLeavesNoFile) {
   const auto session = restoreSessionWithRecoveryKey(packagePath(), kRecoveryKey, bytesOf(written->commitIdentifier));
   ASSERT_TRUE(session.has_value());
   const auto& plan = (*session)->plan();
-  const auto video = std::ranges::find_if(plan, [](const auto& planned) { return planned.resource->parts().size() > 1; });
+  const auto video =
+      std::ranges::find_if(plan, [](const auto& planned) { return planned.resource->parts().size() > 1; });
   ASSERT_NE(video, plan.end());
   const format::BackupMediaResourceRecordV1& original = *video->resource;
   platform::SHA256Digest otherDigest = original.plaintextSHA256();
@@ -150,8 +160,8 @@ TEST_F(ExporterPackageTest, APayloadThatFailsItsFinalDigestLeavesNoFile) {
   const fs::path root = directory_ / "root";
   fs::create_directories(root / "All Items");
   const auto outcome = recover({video->item, &*altered, video->relativePath}, root, (*session)->reader().package(),
-                               (*session)->libraryDomainIdentifier(), (*session)->bpmk(), (*session)->model().payloadKeys,
-                               (*session)->availability());
+                               (*session)->libraryDomainIdentifier(), (*session)->bpmk(),
+                               (*session)->model().payloadKeys, (*session)->availability());
   EXPECT_EQ(outcome, (ResourceOutcome{std::nullopt, {{std::nullopt, ResourceFailureReason::payloadIntegrityFailure}}}));
   EXPECT_TRUE(entryNames(root / "All Items").empty());
 }
@@ -162,9 +172,23 @@ TEST_F(ExporterPackageTest, APayloadThatFailsItsFinalDigestLeavesNoFile) {
 TEST_F(ExporterPackageTest, HostileNamesBecomeSafeFlatNamesInsideAllItems) {
   std::string wide;
   while (wide.size() + 3 <= 1024) wide += "\u540d";  // three bytes a character
-  const std::string hostile[] = {"../../escape.jpg", "a/b/c.jpg", "..", ".", "\x01\x1b[31m\x7f.jpg", "\u202Egpj.exe",
-                                 "CON.jpg", "nul", "Lpt9.png", "R\u00e9sum\u00e9.JPG", "resume.jpg", "RESUME.jpg",
-                                 "a\\b:c*?.jpg", " .. . ", std::string(1024, 'x'), std::string(1020, 'y') + ".jpg", wide};
+  const std::string hostile[] = {"../../escape.jpg",
+                                 "a/b/c.jpg",
+                                 "..",
+                                 ".",
+                                 "\x01\x1b[31m\x7f.jpg",
+                                 "\u202Egpj.exe",
+                                 "CON.jpg",
+                                 "nul",
+                                 "Lpt9.png",
+                                 "R\u00e9sum\u00e9.JPG",
+                                 "resume.jpg",
+                                 "RESUME.jpg",
+                                 "a\\b:c*?.jpg",
+                                 " .. . ",
+                                 std::string(1024, 'x'),
+                                 std::string(1020, 'y') + ".jpg",
+                                 wide};
   writer::BackupLibrarySnapshot library;
   for (std::size_t index = 0; index < std::size(hostile); ++index) {
     writer::BackupItemDescription item;
@@ -189,7 +213,8 @@ TEST_F(ExporterPackageTest, HostileNamesBecomeSafeFlatNamesInsideAllItems) {
   ASSERT_EQ(exported->allItemsNames.size(), std::size(hostile));
   std::set<std::string> folded;
   for (const std::string& name : exported->allItemsNames) {
-    EXPECT_TRUE(name != "." && name != ".." && !name.contains('/') && !name.contains('\\') && name.size() <= 255) << name;
+    EXPECT_TRUE(name != "." && name != ".." && !name.contains('/') && !name.contains('\\') && name.size() <= 255)
+        << name;
     EXPECT_TRUE(folded.insert(comparisonKey(name).value_or("")).second) << name;
   }
   std::set<fs::path> added;

@@ -3,8 +3,9 @@
 
 #include "recovery/export/RecoveryOutputFile.hpp"
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
+
+#include <gtest/gtest.h>
 
 #include <filesystem>
 #include <string>
@@ -56,7 +57,8 @@ TEST(RecoveryOutputFileTest, AFinishedFileHoldsEveryPieceAndItsDigestWithPrivate
   const std::size_t descriptorsBefore = testsupport::openDescriptorCount();
   auto file = created(directory / "out");
   Bytes all;
-  for (const std::size_t byteCount : {std::size_t{0}, std::size_t{4999}, std::size_t{1} << 20, (std::size_t{1} << 20) + 1}) {
+  for (const std::size_t byteCount :
+       {std::size_t{0}, std::size_t{4999}, std::size_t{1} << 20, (std::size_t{1} << 20) + 1}) {
     const Bytes piece = patterned(byteCount, static_cast<std::uint8_t>(byteCount));
     ASSERT_TRUE(file.append(piece));
     all.insert(all.end(), piece.begin(), piece.end());
@@ -70,7 +72,8 @@ TEST(RecoveryOutputFileTest, AFinishedFileHoldsEveryPieceAndItsDigestWithPrivate
   struct stat status {};
   ASSERT_EQ(::lstat((directory / "out").c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 0777, 0600u);
-  EXPECT_EQ(created(directory / "empty").finish(0, platform::SHA256::digest({})), Finished(platform::SHA256::digest({})));
+  EXPECT_EQ(created(directory / "empty").finish(0, platform::SHA256::digest({})),
+            Finished(platform::SHA256::digest({})));
 }
 
 // A count or digest other than the one expected is a result, not a failure: nothing is given,

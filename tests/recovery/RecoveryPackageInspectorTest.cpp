@@ -44,7 +44,8 @@ using Factor = envelope::PortableKeyFactorV1;
 }
 
 // preflightOf finds the preflight of `written`'s commit.
-[[nodiscard]] const RecoverySnapshotPreflight* preflightOf(const RecoveryPackageInspection& inspection, const Written& written) {
+[[nodiscard]] const RecoverySnapshotPreflight* preflightOf(const RecoveryPackageInspection& inspection,
+                                                           const Written& written) {
   const auto found = std::ranges::find(inspection.authenticatedSnapshots, bytesOf(written.commitIdentifier),
                                        &RecoverySnapshotPreflight::commitIdentifier);
   return found == inspection.authenticatedSnapshots.end() ? nullptr : &*found;
@@ -53,7 +54,8 @@ using Factor = envelope::PortableKeyFactorV1;
 class InspectorPackageTest : public testing::Test {
  protected:
   [[nodiscard]] fs::path packagePath() const { return directory_ / "Library.galdrine"; }
-  [[nodiscard]] std::expected<RecoveryPackageInspection, InspectorError> inspect(const RecoveryInspectionLimits& limits = {}) const {
+  [[nodiscard]] std::expected<RecoveryPackageInspection, InspectorError> inspect(
+      const RecoveryInspectionLimits& limits = {}) const {
     return inspectWithRecoveryKey(packagePath(), kRecoveryKey, limits);
   }
 
@@ -86,18 +88,26 @@ TEST_F(InspectorPackageTest, ASingleBranchIsWhatWasWritten) {
   const auto inspection = inspect();
   ASSERT_TRUE(inspection.has_value()) << static_cast<int>(inspection.error());
   const auto& commit = written->commit.commit();
-  const RecoverySnapshotPreflight expected{
-      bytesOf(written->commitIdentifier), written->snapshot.identifier(), commit.createdAtUTCMilliseconds(),
-      commit.writerEpoch(), commit.generation(), true, written->snapshot.counts(),
-      written->snapshot.logicalPlaintextByteCount(), written->snapshot.encryptedPayloadByteCount(), allMatching(*written)};
+  const RecoverySnapshotPreflight expected{bytesOf(written->commitIdentifier),
+                                           written->snapshot.identifier(),
+                                           commit.createdAtUTCMilliseconds(),
+                                           commit.writerEpoch(),
+                                           commit.generation(),
+                                           true,
+                                           written->snapshot.counts(),
+                                           written->snapshot.logicalPlaintextByteCount(),
+                                           written->snapshot.encryptedPayloadByteCount(),
+                                           allMatching(*written)};
   EXPECT_EQ(inspection->authenticatedSnapshots, std::vector{expected});
-  EXPECT_EQ(inspection->preservedBranches, (std::vector{RecoveryPreservedBranch{bytesOf(written->commitIdentifier), {expected}}}));
+  EXPECT_EQ(inspection->preservedBranches,
+            (std::vector{RecoveryPreservedBranch{bytesOf(written->commitIdentifier), {expected}}}));
   EXPECT_EQ(inspection->branchDisposition, Disposition::singleBranch());
   EXPECT_EQ(inspection->packageIdentifier, writer_.package().header().packageIdentifier());
   EXPECT_EQ(inspection->libraryDomainIdentifier, bytesOf(writer_.libraryDomainIdentifier()));
   EXPECT_EQ(inspection->authenticatedCommitCount + inspection->authenticatedHeadCount, 2);
   // The writer's suite reads a written snapshot's records back; a commit never written has none.
-  EXPECT_EQ(authenticatedSnapshot(Bytes(16, 0xEE), *openEnvelopeReader(packagePath()), writer_.backupPackageMasterKey()).error(),
+  EXPECT_EQ(authenticatedSnapshot(Bytes(16, 0xEE), *openEnvelopeReader(packagePath()), writer_.backupPackageMasterKey())
+                .error(),
             InspectorError::integrityFailure);
 }
 
@@ -144,8 +154,8 @@ TEST_F(InspectorPackageTest, SnapshotsSharingPayloadsHashEachFileOnceAndShareThe
   EXPECT_EQ(preflightOf(*inspection, *four)->payloadFileEvidence, allMatching(*two));
   ASSERT_EQ(inspection->preservedBranches.size(), 1u);
   EXPECT_EQ(lineageOf(inspection->preservedBranches.front()),
-            (std::vector{bytesOf(four->commitIdentifier), bytesOf(three->commitIdentifier), bytesOf(two->commitIdentifier),
-                         bytesOf(one->commitIdentifier)}));
+            (std::vector{bytesOf(four->commitIdentifier), bytesOf(three->commitIdentifier),
+                         bytesOf(two->commitIdentifier), bytesOf(one->commitIdentifier)}));
 
   // The shared snapshot's manifest is charged once: a budget of exactly the three manifests passes.
   EXPECT_TRUE(inspect({manifestBytes, manifestRecords}).has_value());
@@ -170,7 +180,8 @@ TEST_F(InspectorPackageTest, AForkStaysUnresolvedUntilACommitHealsIt) {
   EXPECT_FALSE(preflightOf(*forked, *root)->isRetainedTip);
   EXPECT_TRUE(preflightOf(*forked, *left)->isRetainedTip);
 
-  const auto healed = writer_.writeCommit(library(4, 1), {.parent = Parent::commit(left->commitIdentifier), .healFork = true});
+  const auto healed =
+      writer_.writeCommit(library(4, 1), {.parent = Parent::commit(left->commitIdentifier), .healFork = true});
   ASSERT_TRUE(healed.has_value());
   const auto inspection = inspect();
   ASSERT_TRUE(inspection.has_value()) << static_cast<int>(inspection.error());
@@ -187,9 +198,14 @@ TEST_F(InspectorPackageTest, DamagedPayloadFilesAreEvidenceForTheSnapshotsThatNe
   const auto videos = writer_.writeCommit(library(2, 0, 8));
   ASSERT_TRUE(photos && videos);
   const std::pair<FileDamage, std::size_t> damages[] = {
-      {FileDamage::remove, 0},   {FileDamage::replaceByEmptyFile, 1}, {FileDamage::alterByte, 0},
-      {FileDamage::truncate, 2}, {FileDamage::replaceByDirectory, 0}, {FileDamage::extend, 1},
-      {FileDamage::replaceBySymbolicLink, 0}, {FileDamage::replaceBySymbolicLink, 1},
+      {FileDamage::remove, 0},
+      {FileDamage::replaceByEmptyFile, 1},
+      {FileDamage::alterByte, 0},
+      {FileDamage::truncate, 2},
+      {FileDamage::replaceByDirectory, 0},
+      {FileDamage::extend, 1},
+      {FileDamage::replaceBySymbolicLink, 0},
+      {FileDamage::replaceBySymbolicLink, 1},
   };
   std::size_t index = 0;
   fs::path danglingLink;
@@ -250,7 +266,8 @@ TEST(InspectorCredentialTest, EitherFactorUnlocksAndEveryOtherWayInIsRefused) {
 
   // A package that does not open or bind costs no derivation.
   const auto derivationsBefore = kdf::Argon2id::derivationCount();
-  EXPECT_EQ(inspectWithBackupPassphrase(directory / "Absent.galdrine", kPassphrase).error(), InspectorError::invalidPackage);
+  EXPECT_EQ(inspectWithBackupPassphrase(directory / "Absent.galdrine", kPassphrase).error(),
+            InspectorError::invalidPackage);
   EXPECT_EQ(openEnvelopeReader(directory.path()).error(), InspectorError::invalidPackage);
   const fs::path envelopes = path / format::BackupPackageV1::keyEnvelopesName;
   const Writer other = createWithRecoveryKey(directory / "Other.galdrine", 8);

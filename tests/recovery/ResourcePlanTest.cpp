@@ -25,7 +25,8 @@ using ExportTestRecords::item;
 using ExportTestRecords::resource;
 
 Record payloadKey(std::uint64_t number) {
-  return Records::made(format::BackupPayloadKeyRecordV1::make(Records::payloadKeyFields(number, format::BackupPayloadKeyScopeV1::pack, 800)));
+  return Records::made(format::BackupPayloadKeyRecordV1::make(
+      Records::payloadKeyFields(number, format::BackupPayloadKeyScopeV1::pack, 800)));
 }
 
 Record membership(std::uint64_t album, std::uint64_t item) {
@@ -67,10 +68,11 @@ TEST(ResourcePlanTest, ResourcesThatDoNotBelongWhereListedAreIntegrityFailures) 
   std::string longFirstCharacter = "a";
   for (int mark = 0; mark < 100; ++mark) longFirstCharacter += "\xCC\x81";
   const std::vector<Record> cases[] = {
-      {item(1, "a.jpg", {10, 20}), item(2, "b.jpg", {20}), resource(10, 1), resource(20, 2)},  // another item's resource
-      {item(1, "a.jpg", {10, 11}), resource(10, 1)},                                           // a listed resource missing
-      {item(1, "a.jpg", {10}), resource(10, 1), resource(11, 1)},                              // a resource no item lists
-      {item(1, longFirstCharacter, {10}), resource(10, 1)},                                    // no stem fits
+      {item(1, "a.jpg", {10, 20}), item(2, "b.jpg", {20}), resource(10, 1),
+       resource(20, 2)},                                           // another item's resource
+      {item(1, "a.jpg", {10, 11}), resource(10, 1)},               // a listed resource missing
+      {item(1, "a.jpg", {10}), resource(10, 1), resource(11, 1)},  // a resource no item lists
+      {item(1, longFirstCharacter, {10}), resource(10, 1)},        // no stem fits
   };
   for (const auto& records : cases) EXPECT_EQ(plannedPaths(records), std::unexpected(Error::integrityFailure));
 }

@@ -84,7 +84,8 @@ class ExportTamperSweepTest : public testing::Test {
     ASSERT_FALSE(result.has_value()) << file.filename() << " at " << offset;
     const int status = failureOutput(LiveBackend::mapExportError(result.error())).exitCode;
     EXPECT_TRUE(status == 3 || status == 4) << file.filename() << " at " << offset << ": " << status;
-    EXPECT_EQ(entryNames(directory_.path()), std::vector<std::string>{"Library.galdrine"}) << file.filename() << " at " << offset;
+    EXPECT_EQ(entryNames(directory_.path()), std::vector<std::string>{"Library.galdrine"})
+        << file.filename() << " at " << offset;
   }
 
   testsupport::TemporaryDirectory directory_;
@@ -118,7 +119,8 @@ TEST_F(ExportTamperSweepTest, DamagedMetadataIsAlwaysRefusedAndLeavesNothing) {
   for (const std::size_t offset : offsetsIn(0, envelopeBytes.size(), 40, seed++)) {
     if (offset < begin || offset >= end) expectRefused(envelopes, offset);
   }
-  for (const std::size_t offset : offsetsIn(begin, end, 4, seed++, 0)) expectRefused(envelopes, offset, Factor::backupPassphrase);
+  for (const std::size_t offset : offsetsIn(begin, end, 4, seed++, 0))
+    expectRefused(envelopes, offset, Factor::backupPassphrase);
 }
 
 TEST_F(ExportTamperSweepTest, DamagedMediaCompleteWithIssuesHoldingOnlyProvedFiles) {
@@ -128,7 +130,8 @@ TEST_F(ExportTamperSweepTest, DamagedMediaCompleteWithIssuesHoldingOnlyProvedFil
     for (const std::size_t offset : offsetsIn(0, payload.fileByteCount, 6, seed++)) {
       const auto result = exportFlipped(payload.path, offset, Factor::recoveryKey);
       ASSERT_TRUE(result.has_value()) << payload.path.filename() << " at " << offset;
-      EXPECT_EQ(result->status, recovery::RecoveryExportStatus::completedWithIssues) << payload.path << " at " << offset;
+      EXPECT_EQ(result->status, recovery::RecoveryExportStatus::completedWithIssues)
+          << payload.path << " at " << offset;
       EXPECT_GE(result->failedResourceCount, 1);
       const auto exported = readExport(directory_ / "Recovered");
       ASSERT_TRUE(exported.has_value());

@@ -28,7 +28,8 @@ std::string printed(const RecoveryToolInspection& inspection) {
 TEST(RecoveryToolSelectionCode, IsTheDigestOfLabelPackageAndCommit) {
   Bytes commit(16);
   for (std::uint8_t index = 0; index < 16; ++index) commit[index] = static_cast<std::uint8_t>(16 + index);
-  EXPECT_EQ(selectionCode(packageIdentifier, commit), "56937ce7ba1f179291352fb14c4a60a2ca65479fa0406104cf36109a3f7a5528");
+  EXPECT_EQ(selectionCode(packageIdentifier, commit),
+            "56937ce7ba1f179291352fb14c4a60a2ca65479fa0406104cf36109a3f7a5528");
 }
 
 TEST(InspectionDocument, PrintsEveryFieldByteForByte) {
@@ -92,13 +93,14 @@ TEST(InspectionDocument, OrdersSnapshotsAndBranchesByIdentifierBytes) {
   for (const SnapshotDocument& snapshot : document.snapshots) generations.push_back(snapshot.generation);
   EXPECT_EQ(generations, (std::vector<std::uint64_t>{3, 4, 2, 1, 5}));  // shorter first; equal keep their order
   const auto code = [](std::uint8_t commit) { return selectionCode({}, Bytes{commit}); };
-  EXPECT_EQ(document.preservedBranches, (std::vector<BranchDocument>{{code(0x03), {}}, {code(0x09), {code(0x09), code(0x01)}}}));
+  EXPECT_EQ(document.preservedBranches,
+            (std::vector<BranchDocument>{{code(0x03), {}}, {code(0x09), {code(0x09), code(0x01)}}}));
 }
 
 TEST(InspectionDocument, PayloadEvidenceIsCompleteOnlyWhenEveryRequiredFileMatched) {
   const std::pair<RecoveryToolPayloadEvidence, bool> cases[] = {
-      {{0, 0, 0, 0, 0}, true},  {{3, 3, 0, 0, 0}, true},  {{3, 2, 0, 0, 0}, false}, {{3, 3, 0, 1, 0}, false},
-      {{3, 2, 1, 0, 0}, false}, {{3, 2, 0, 0, 1}, false},
+      {{0, 0, 0, 0, 0}, true},  {{3, 3, 0, 0, 0}, true},  {{3, 2, 0, 0, 0}, false},
+      {{3, 3, 0, 1, 0}, false}, {{3, 2, 1, 0, 0}, false}, {{3, 2, 0, 0, 1}, false},
   };
   for (const auto& [evidence, complete] : cases) {
     EXPECT_EQ(PayloadEvidenceDocument::from(evidence).complete, complete) << evidence.matchingFileCount;

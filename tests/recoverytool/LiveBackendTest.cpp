@@ -27,7 +27,8 @@ TEST(LiveBackend, RecoveryKeyWordsBecomeTheirBytesAndAnythingElseIsAnInvalidCred
   std::string notText = *phrase;
   notText[3] = '\xC0';  // a lead byte with nothing after it
   for (const std::string& credential : {wrongWord, phrase->substr(phrase->find(' ') + 1), std::string(), notText}) {
-    EXPECT_EQ(LiveBackend::recoveryKey(ByteText::bytes(credential)), std::unexpected(RecoveryToolBackendError::invalidCredential))
+    EXPECT_EQ(LiveBackend::recoveryKey(ByteText::bytes(credential)),
+              std::unexpected(RecoveryToolBackendError::invalidCredential))
         << credential;
   }
 }

@@ -2,6 +2,8 @@
 // every outcome with its status and text, the credential's bound, its wiping on every way out,
 // and the snapshot an export selects by its code.
 
+#include "recoverytool/RecoveryTool.hpp"
+
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
@@ -10,7 +12,6 @@
 #include <tuple>
 #include <vector>
 
-#include "recoverytool/RecoveryTool.hpp"
 #include "recoverytool/RecoveryToolSelectionCode.hpp"
 #include "recoverytool/RecoveryToolUsage.hpp"
 #include "support/ReleasedSecretScan.hpp"
@@ -38,10 +39,11 @@ RecoveryToolInspection inspectionOf(const std::vector<Bytes>& commits) {
 
 class FakeCredentialReader final : public credential::CredentialReading {
  public:
-  std::optional<std::string> credential = marker;  // nothing: the read fails
+  std::optional<std::string> credential = marker;                  // nothing: the read fails
   std::optional<std::tuple<Factor, Input, std::int64_t>> request;  // what the one read asked for
 
-  std::expected<Bytes, credential::CredentialReadingFailure> read(Factor factor, Input input, std::int64_t maximum) override {
+  std::expected<Bytes, credential::CredentialReadingFailure> read(Factor factor, Input input,
+                                                                  std::int64_t maximum) override {
     request = {factor, input, maximum};
     if (!credential) return std::unexpected(credential::CredentialReadingFailure{});
     return ByteText::bytes(*credential);
@@ -81,7 +83,9 @@ Arguments exportArguments(const std::string& code) {
 struct DriverRun {
   FakeCredentialReader reader;
   FakeBackend backend;
-  RecoveryToolExecution execute(const Arguments& arguments) { return RecoveryTool::execute(arguments, reader, backend); }
+  RecoveryToolExecution execute(const Arguments& arguments) {
+    return RecoveryTool::execute(arguments, reader, backend);
+  }
 };
 
 // Each run: its status and standard error, that a misuse asks for no credential, that the
@@ -106,9 +110,15 @@ TEST(RecoveryTool, EveryRunEndsInItsStatusAndTextAndWipesTheCredential) {
       {exportArguments(firstCode), {}, {}, 0, ""},
       {{"help", "inspect"}, {}, {}, 2, usage},
       {exportArguments(std::string(64, 'A')), {}, {}, 2, usage},
-      {{"--backup-passphrase=x", "inspect", "a", "--app-code=1"}, {}, {}, 2,
+      {{"--backup-passphrase=x", "inspect", "a", "--app-code=1"},
+       {},
+       {},
+       2,
        "Local App Code is device-only and cannot unlock a portable Galdrine backup.\n"},
-      {{"inspect", "a", "--backup-passphrase=x"}, {}, {}, 2,
+      {{"inspect", "a", "--backup-passphrase=x"},
+       {},
+       {},
+       2,
        "Never pass a credential in command arguments. Use the hidden prompt or --credential-stdin.\n"},
       {{"verify-golden", "no-such-golden.json"}, {}, {}, 4, "Galdrine compatibility verification failed.\n"},
       {inspectArguments, {}, {}, 3, "The credential could not be read securely.\n", std::nullopt},
@@ -122,7 +132,10 @@ TEST(RecoveryTool, EveryRunEndsInItsStatusAndTextAndWipesTheCredential) {
       {inspectArguments, resourceLimitExceeded, {}, 4, "The backup exceeds safe recovery limits.\n"},
       {exportArguments(firstCode), integrityFailure, {}, 4, "Backup integrity verification failed.\n"},
       {exportArguments(firstCode), operationFailed, {}, 4, "Galdrine recovery operation failed safely.\n"},
-      {exportArguments(std::string(64, '0')), {}, {}, 4,
+      {exportArguments(std::string(64, '0')),
+       {},
+       {},
+       4,
        "The selected snapshot is not present in the current authenticated inspection. Run inspect again.\n"},
       {exportArguments(firstCode), {}, destinationExists, 5, "The recovery destination already exists.\n"},
       {exportArguments(firstCode), {}, destinationUnavailable, 5, "The recovery destination is unavailable.\n"},
@@ -139,7 +152,8 @@ TEST(RecoveryTool, EveryRunEndsInItsStatusAndTextAndWipesTheCredential) {
     EXPECT_EQ(execution.exitCode, testCase.exitCode) << testCase.text;
     EXPECT_EQ(ByteText::text(execution.standardError), testCase.text);
     EXPECT_EQ(execution.standardOutput.empty(), testCase.exitCode != 0) << testCase.text;
-    const bool reads = testCase.exitCode != 2 && (testCase.arguments[0] == "inspect" || testCase.arguments[0] == "export");
+    const bool reads =
+        testCase.exitCode != 2 && (testCase.arguments[0] == "inspect" || testCase.arguments[0] == "export");
     EXPECT_EQ(run.reader.request.has_value(), reads) << testCase.text;
     for (const auto& [path, factor, credential] : run.backend.calls) {
       EXPECT_EQ(path, std::filesystem::path("/p/a.galdrine"));
@@ -165,7 +179,8 @@ TEST(RecoveryTool, ExportUnlocksTwiceWithTheSelectedCommitAndPrintsItsDocument) 
   EXPECT_EQ(nlohmann::json::parse(output),
             nlohmann::json::parse(R"({"schemaIdentifier": "com.galdrine.recovery.cli-export.v1",
               "status": "completed-with-issues",
-              "selectedSnapshotCode": ")" + firstCode + R"(", "totalItemCount": 5, "recoveredItemCount": 4,
+              "selectedSnapshotCode": ")" +
+                                  firstCode + R"(", "totalItemCount": 5, "recoveredItemCount": 4,
               "totalResourceCount": 7, "recoveredResourceCount": 6, "failedResourceCount": 1})"));
 }
 

@@ -17,17 +17,22 @@ using FileError = platform::FileError;
 
 std::expected<void, FileError> damageFile(const fs::path& packagePath, const fs::path& file, BackupFileDamage damage) {
   std::error_code error;
-  if (!fs::is_regular_file(fs::symlink_status(file, error))) return std::unexpected(FileError{error ? error.value() : EINVAL});
+  if (!fs::is_regular_file(fs::symlink_status(file, error)))
+    return std::unexpected(FileError{error ? error.value() : EINVAL});
   const std::uintmax_t size = fs::file_size(file, error);
   const fs::path moved = packagePath / "tmp" / (file.filename().string() + ".moved");
   Bytes bytes;
   switch (damage) {
-    case BackupFileDamage::remove: fs::remove(file, error); break;
+    case BackupFileDamage::remove:
+      fs::remove(file, error);
+      break;
     case BackupFileDamage::truncate:
       if (size == 0) return std::unexpected(FileError{EINVAL});
       fs::resize_file(file, size - 1, error);
       break;
-    case BackupFileDamage::extend: fs::resize_file(file, size + 1, error); break;  // the new byte reads as zero
+    case BackupFileDamage::extend:
+      fs::resize_file(file, size + 1, error);
+      break;  // the new byte reads as zero
     case BackupFileDamage::alterByte:
       bytes = FileFixtures::readFile(file);
       if (bytes.empty()) return std::unexpected(FileError{EINVAL});
@@ -41,7 +46,9 @@ std::expected<void, FileError> damageFile(const fs::path& packagePath, const fs:
     case BackupFileDamage::replaceByDirectory:
       if (fs::remove(file, error)) fs::create_directory(file, error);
       break;
-    case BackupFileDamage::replaceByEmptyFile: fs::resize_file(file, 0, error); break;
+    case BackupFileDamage::replaceByEmptyFile:
+      fs::resize_file(file, 0, error);
+      break;
   }
   if (error) return std::unexpected(FileError{error.value()});
   return {};
@@ -60,12 +67,15 @@ std::expected<fs::path, FileError> damagePayload(const writer::BackupWrittenComm
 std::expected<fs::path, FileError> metadataFile(const writer::BackupWrittenCommit& commit, BackupMetadataFile which,
                                                 std::size_t sectionIndex) {
   switch (which) {
-    case BackupMetadataFile::commit: return commit.commitFile;
+    case BackupMetadataFile::commit:
+      return commit.commitFile;
     case BackupMetadataFile::head:
       if (!commit.head) return std::unexpected(FileError{ENOENT});
       return commit.head->file;
-    case BackupMetadataFile::snapshot: return commit.snapshotFile;
-    case BackupMetadataFile::manifestRoot: return commit.manifestRootFile;
+    case BackupMetadataFile::snapshot:
+      return commit.snapshotFile;
+    case BackupMetadataFile::manifestRoot:
+      return commit.manifestRootFile;
     case BackupMetadataFile::manifestSection:
       if (sectionIndex >= commit.sectionFiles.size()) return std::unexpected(FileError{ENOENT});
       return commit.sectionFiles[sectionIndex];

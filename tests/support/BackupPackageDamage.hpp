@@ -10,9 +10,9 @@
 #include <filesystem>
 #include <string_view>
 
-#include "writer/BackupWrittenCommit.hpp"
 #include "platform/Bytes.hpp"
 #include "platform/FileError.hpp"
+#include "writer/BackupWrittenCommit.hpp"
 
 namespace galdrine::testsupport {
 
@@ -33,8 +33,8 @@ namespace BackupPackageDamage {
 // damageFile applies `damage` to the regular file `file` of the package rooted at
 // `packagePath`. A failed file call gives its errno; what was done before it stays done.
 [[nodiscard]] std::expected<void, platform::FileError> damageFile(const std::filesystem::path& packagePath,
-                                                                       const std::filesystem::path& file,
-                                                                       BackupFileDamage damage);
+                                                                  const std::filesystem::path& file,
+                                                                  BackupFileDamage damage);
 
 // damagePayload damages the file that holds part `partIndex` of the resource `resourceIdentifier`
 // of `commit`, and gives its path. A resource or part the commit does not describe is ENOENT.

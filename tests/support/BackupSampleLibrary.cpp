@@ -35,12 +35,13 @@ struct Draws {
   }
 
   // resource adds to `item` one file whose size is drawn from `range`.
-  void resource(writer::BackupItemDescription& item, Role role, std::string_view type, const BackupSampleByteRange& range,
-                bool moving) {
-    writer::BackupResourceDescription resource{identifier(), role, std::string(type), writer::BackupPixelSize{4032, 3024},
-                                               std::nullopt, {}};
+  void resource(writer::BackupItemDescription& item, Role role, std::string_view type,
+                const BackupSampleByteRange& range, bool moving) {
+    writer::BackupResourceDescription resource{
+        identifier(), role, std::string(type), writer::BackupPixelSize{4032, 3024}, std::nullopt, {}};
     if (moving) resource.durationSeconds = 2.5;
-    const std::uint64_t byteCount = range.minimum + word(seed ^ sizeStream, sizes++) % (range.maximum - range.minimum + 1);
+    const std::uint64_t byteCount =
+        range.minimum + word(seed ^ sizeStream, sizes++) % (range.maximum - range.minimum + 1);
     resource.content = BackupSampleLibrary::content(word(seed, contents++), byteCount);
     item.resources.push_back(std::move(resource));
   }
@@ -51,7 +52,8 @@ struct Draws {
   writer::BackupItemDescription item;
   item.identifier = draws.identifier();
   item.kind = kind;
-  item.displayDateUTCMilliseconds = shape.startUTCMilliseconds + static_cast<std::int64_t>(position) * minuteMilliseconds;
+  item.displayDateUTCMilliseconds =
+      shape.startUTCMilliseconds + static_cast<std::int64_t>(position) * minuteMilliseconds;
   item.displayTimeZoneSeconds = 3600;
   item.importDateUTCMilliseconds = item.displayDateUTCMilliseconds + minuteMilliseconds / 2;
   item.favorite = position % 3 == 0;
@@ -79,8 +81,12 @@ void arrange(writer::BackupLibrarySnapshot& library, Draws& draws, const BackupS
     library.folders.push_back(std::move(folder));
   }
   for (std::size_t position = 0; position < shape.albumCount; ++position) {
-    writer::BackupAlbumDescription album{draws.identifier(), std::nullopt, "Album " + std::to_string(position + 1),
-                                         std::nullopt, static_cast<format::BackupAlbumSortModeV1>(position % 5), false,
+    writer::BackupAlbumDescription album{draws.identifier(),
+                                         std::nullopt,
+                                         "Album " + std::to_string(position + 1),
+                                         std::nullopt,
+                                         static_cast<format::BackupAlbumSortModeV1>(position % 5),
+                                         false,
                                          static_cast<std::int64_t>(position)};
     if (position % 2 == 0 && !library.folders.empty()) album.parentFolderIdentifier = library.folders.back().identifier;
     album.manualOrderEnabled = album.sortMode == format::BackupAlbumSortModeV1::manual;
@@ -115,9 +121,8 @@ void fill(std::uint64_t seed, std::uint64_t offset, std::span<std::uint8_t> into
 }
 
 writer::BackupContentSource content(std::uint64_t seed, std::uint64_t byteCount) {
-  return writer::BackupContentSource::generated(byteCount, [seed](std::uint64_t offset, std::span<std::uint8_t> into) {
-    fill(seed, offset, into);
-  });
+  return writer::BackupContentSource::generated(
+      byteCount, [seed](std::uint64_t offset, std::span<std::uint8_t> into) { fill(seed, offset, into); });
 }
 
 writer::BackupLibrarySnapshot make(const BackupSampleLibraryShape& shape) {
@@ -126,7 +131,8 @@ writer::BackupLibrarySnapshot make(const BackupSampleLibraryShape& shape) {
   const std::pair<Kind, std::size_t> counts[] = {
       {Kind::photo, shape.photoCount}, {Kind::livePhoto, shape.livePhotoCount}, {Kind::video, shape.videoCount}};
   for (const auto& [kind, count] : counts) {
-    for (std::size_t made = 0; made < count; ++made) library.items.push_back(item(draws, kind, library.items.size(), shape));
+    for (std::size_t made = 0; made < count; ++made)
+      library.items.push_back(item(draws, kind, library.items.size(), shape));
   }
   arrange(library, draws, shape);
   return library;

@@ -9,14 +9,14 @@
 #include <filesystem>
 #include <map>
 
-#include "writer/BackupPackageWriter.hpp"
-#include "recovery/inspection/RecoveryPackageInspector.hpp"
-#include "support/BackupSampleLibrary.hpp"
 #include "format/graph/BackupCommitGraph.hpp"
 #include "format/graph/BackupGraphV1.hpp"
 #include "format/manifest/BackupManifestRecordCodecV1.hpp"
 #include "format/payload/BackupPayloadV1.hpp"
 #include "platform/Files.hpp"
+#include "recovery/inspection/RecoveryPackageInspector.hpp"
+#include "support/BackupSampleLibrary.hpp"
+#include "writer/BackupPackageWriter.hpp"
 
 namespace galdrine::testsupport {
 

@@ -80,7 +80,8 @@ struct Exported {
 // expectEveryRecoveredFileIsItsResource: a resource the mapping calls recovered stands at its
 // planned path with exactly its bytes; any other has no file; and "All Items" holds nothing
 // but recovered resources.
-inline void expectEveryRecoveredFileIsItsResource(const Exported& exported, const std::map<std::string, Bytes>& contents) {
+inline void expectEveryRecoveredFileIsItsResource(const Exported& exported,
+                                                  const std::map<std::string, Bytes>& contents) {
   std::size_t recovered = 0;
   for (const auto& [identifier, resource] : exported.resources) {
     const auto expected = contents.find(identifier);

@@ -1,9 +1,10 @@
 #include "support/FileFixtures.hpp"
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <signal.h>
 #include <unistd.h>
+
+#include <gtest/gtest.h>
 
 #include <fstream>
 #include <iterator>

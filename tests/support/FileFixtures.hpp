@@ -15,7 +15,9 @@ namespace FileFixtures {
 
 // writeFile creates or replaces a regular file holding exactly `bytes`.
 void writeFile(const std::filesystem::path& path, ByteView bytes);
-inline void writeFile(const std::filesystem::path& path, std::string_view text) { writeFile(path, ByteText::view(text)); }
+inline void writeFile(const std::filesystem::path& path, std::string_view text) {
+  writeFile(path, ByteText::view(text));
+}
 
 [[nodiscard]] Bytes readFile(const std::filesystem::path& path);
 

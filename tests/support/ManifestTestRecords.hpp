@@ -61,50 +61,78 @@ auto made(Result result) {
 }
 
 inline format::BackupMediaItemRecordV1::Fields itemFields(std::uint64_t item, std::span<const ByteView> resources) {
-  return {.identifier = identifier(item), .kind = format::BackupMediaKindV1::photo,
-          .displayDateUTCMilliseconds = 1700000000000, .displayTimeZoneSeconds = 3600,
-          .dateSource = format::BackupMediaDateSourceV1::embedded, .importDateUTCMilliseconds = -5,
-          .originalFilename = "IMG_0001.HEIC", .favorite = true, .lifecycle = format::BackupMediaLifecycleV1::active,
-          .trashDateUTCMilliseconds = std::nullopt, .sourceType = format::BackupMediaSourceTypeV1::photos,
-          .entitlementCounted = false, .resourceIdentifiers = resources};
+  return {.identifier = identifier(item),
+          .kind = format::BackupMediaKindV1::photo,
+          .displayDateUTCMilliseconds = 1700000000000,
+          .displayTimeZoneSeconds = 3600,
+          .dateSource = format::BackupMediaDateSourceV1::embedded,
+          .importDateUTCMilliseconds = -5,
+          .originalFilename = "IMG_0001.HEIC",
+          .favorite = true,
+          .lifecycle = format::BackupMediaLifecycleV1::active,
+          .trashDateUTCMilliseconds = std::nullopt,
+          .sourceType = format::BackupMediaSourceTypeV1::photos,
+          .entitlementCounted = false,
+          .resourceIdentifiers = resources};
 }
 
 // packPartFields lays a whole resource of `byteCount` bytes with digest `resourceDigest` into
 // pack `pack` at `ordinal`.
-inline format::BackupPayloadPartRecordV1::Fields packPartFields(std::uint64_t pack, std::uint64_t ordinal, std::uint64_t byteCount,
-                                                                std::uint64_t resourceDigest) {
-  return {.ordinal = 0, .plaintextOffset = 0, .plaintextByteCount = byteCount, .plaintextSHA256 = digest(resourceDigest),
-          .container = format::BackupPayloadContainerKindV1::pack, .artifactIdentifier = identifier(pack),
-          .artifactOrdinal = ordinal, .artifactFileByteCount = 100000, .artifactFileSHA256 = digest(pack)};
+inline format::BackupPayloadPartRecordV1::Fields packPartFields(std::uint64_t pack, std::uint64_t ordinal,
+                                                                std::uint64_t byteCount, std::uint64_t resourceDigest) {
+  return {.ordinal = 0,
+          .plaintextOffset = 0,
+          .plaintextByteCount = byteCount,
+          .plaintextSHA256 = digest(resourceDigest),
+          .container = format::BackupPayloadContainerKindV1::pack,
+          .artifactIdentifier = identifier(pack),
+          .artifactOrdinal = ordinal,
+          .artifactFileByteCount = 100000,
+          .artifactFileSHA256 = digest(pack)};
 }
 
-inline format::BackupPayloadPartRecordV1::Fields chunkPartFields(std::uint64_t chunk, std::uint64_t ordinal, std::uint64_t offset,
-                                                                 std::uint64_t byteCount) {
-  return {.ordinal = ordinal, .plaintextOffset = offset, .plaintextByteCount = byteCount,
-          .plaintextSHA256 = digest(chunk + 1000), .container = format::BackupPayloadContainerKindV1::chunk,
-          .artifactIdentifier = identifier(chunk), .artifactOrdinal = ordinal, .artifactFileByteCount = byteCount + 64,
+inline format::BackupPayloadPartRecordV1::Fields chunkPartFields(std::uint64_t chunk, std::uint64_t ordinal,
+                                                                 std::uint64_t offset, std::uint64_t byteCount) {
+  return {.ordinal = ordinal,
+          .plaintextOffset = offset,
+          .plaintextByteCount = byteCount,
+          .plaintextSHA256 = digest(chunk + 1000),
+          .container = format::BackupPayloadContainerKindV1::chunk,
+          .artifactIdentifier = identifier(chunk),
+          .artifactOrdinal = ordinal,
+          .artifactFileByteCount = byteCount + 64,
           .artifactFileSHA256 = digest(chunk)};
 }
 
-inline std::span<const format::BackupPayloadPartRecordV1> partsOf(std::vector<format::BackupPayloadPartRecordV1> parts) {
+inline std::span<const format::BackupPayloadPartRecordV1> partsOf(
+    std::vector<format::BackupPayloadPartRecordV1> parts) {
   return kept(std::move(parts));
 }
 
 // packedResourceFields: resource `resource` of item `item`, 1,000 bytes in pack `pack` at
 // `ordinal`, opened by key `key`.
-inline format::BackupMediaResourceRecordV1::Fields packedResourceFields(std::uint64_t resource, std::uint64_t item, std::uint64_t key,
-                                                                        std::uint64_t pack, std::uint64_t ordinal) {
-  return {.identifier = identifier(resource), .itemIdentifier = identifier(item),
-          .role = format::BackupMediaResourceRoleV1::primary, .originalUTI = "public.heic", .plaintextByteCount = 1000,
-          .pixelWidth = 4032, .pixelHeight = 3024, .durationIEEE754Bits = std::nullopt, .plaintextSHA256 = digest(resource),
-          .payloadKeyIdentifier = identifier(key),
-          .parts = partsOf({made(format::BackupPayloadPartRecordV1::make(packPartFields(pack, ordinal, 1000, resource)))})};
+inline format::BackupMediaResourceRecordV1::Fields packedResourceFields(std::uint64_t resource, std::uint64_t item,
+                                                                        std::uint64_t key, std::uint64_t pack,
+                                                                        std::uint64_t ordinal) {
+  return {
+      .identifier = identifier(resource),
+      .itemIdentifier = identifier(item),
+      .role = format::BackupMediaResourceRoleV1::primary,
+      .originalUTI = "public.heic",
+      .plaintextByteCount = 1000,
+      .pixelWidth = 4032,
+      .pixelHeight = 3024,
+      .durationIEEE754Bits = std::nullopt,
+      .plaintextSHA256 = digest(resource),
+      .payloadKeyIdentifier = identifier(key),
+      .parts = partsOf({made(format::BackupPayloadPartRecordV1::make(packPartFields(pack, ordinal, 1000, resource)))})};
 }
 
 // chunkedResourceFields: resource `resource` of item `item` in `partCount` chunks of
 // `partByteCount` bytes each, chunk files numbered from `firstChunk`, opened by key `key`.
-inline format::BackupMediaResourceRecordV1::Fields chunkedResourceFields(std::uint64_t resource, std::uint64_t item, std::uint64_t key,
-                                                                         std::uint64_t firstChunk, std::size_t partCount,
+inline format::BackupMediaResourceRecordV1::Fields chunkedResourceFields(std::uint64_t resource, std::uint64_t item,
+                                                                         std::uint64_t key, std::uint64_t firstChunk,
+                                                                         std::size_t partCount,
                                                                          std::uint64_t partByteCount) {
   std::vector<format::BackupPayloadPartRecordV1> parts;
   for (std::size_t ordinal = 0; ordinal < partCount; ++ordinal) {
@@ -119,32 +147,45 @@ inline format::BackupMediaResourceRecordV1::Fields chunkedResourceFields(std::ui
   return fields;
 }
 
-inline format::BackupAlbumFolderRecordV1::Fields folderFields(std::uint64_t folder, std::optional<std::uint64_t> parent) {
+inline format::BackupAlbumFolderRecordV1::Fields folderFields(std::uint64_t folder,
+                                                              std::optional<std::uint64_t> parent) {
   return {.identifier = identifier(folder),
           .parentFolderIdentifier = parent ? std::optional<ByteView>(identifier(*parent)) : std::nullopt,
-          .name = "Travel", .manualPosition = -3};
+          .name = "Travel",
+          .manualPosition = -3};
 }
 
 inline format::BackupAlbumRecordV1::Fields albumFields(std::uint64_t album, std::optional<std::uint64_t> folder,
                                                        std::optional<std::uint64_t> cover) {
   return {.identifier = identifier(album),
           .parentFolderIdentifier = folder ? std::optional<ByteView>(identifier(*folder)) : std::nullopt,
-          .name = "Summer", .coverItemIdentifier = cover ? std::optional<ByteView>(identifier(*cover)) : std::nullopt,
-          .sortMode = format::BackupAlbumSortModeV1::importDateDescending, .manualOrderEnabled = true,
+          .name = "Summer",
+          .coverItemIdentifier = cover ? std::optional<ByteView>(identifier(*cover)) : std::nullopt,
+          .sortMode = format::BackupAlbumSortModeV1::importDateDescending,
+          .manualOrderEnabled = true,
           .manualPosition = 7};
 }
 
 inline format::BackupAlbumMembershipRecordV1::Fields membershipFields(std::uint64_t album, std::uint64_t item) {
-  return {.albumIdentifier = identifier(album), .itemIdentifier = identifier(item), .manualPosition = 2, .addedAtUTCMilliseconds = 1};
+  return {.albumIdentifier = identifier(album),
+          .itemIdentifier = identifier(item),
+          .manualPosition = 2,
+          .addedAtUTCMilliseconds = 1};
 }
 
-inline format::BackupTombstoneRecordV1::Fields tombstoneFields(std::uint64_t item, std::span<const ByteView> resources) {
-  return {.itemIdentifier = identifier(item), .deletedAtUTCMilliseconds = 1700000000000, .resourceIdentifiers = resources};
+inline format::BackupTombstoneRecordV1::Fields tombstoneFields(std::uint64_t item,
+                                                               std::span<const ByteView> resources) {
+  return {
+      .itemIdentifier = identifier(item), .deletedAtUTCMilliseconds = 1700000000000, .resourceIdentifiers = resources};
 }
 
-inline format::BackupPayloadKeyRecordV1::Fields payloadKeyFields(std::uint64_t key, format::BackupPayloadKeyScopeV1 scope,
+inline format::BackupPayloadKeyRecordV1::Fields payloadKeyFields(std::uint64_t key,
+                                                                 format::BackupPayloadKeyScopeV1 scope,
                                                                  std::uint64_t bound) {
-  return {.identifier = identifier(key), .scope = scope, .boundIdentifier = identifier(bound), .wrappedKeyFrame = bytesOf(key, 120)};
+  return {.identifier = identifier(key),
+          .scope = scope,
+          .boundIdentifier = identifier(bound),
+          .wrappedKeyFrame = bytesOf(key, 120)};
 }
 
 }  // namespace ManifestTestRecords

@@ -15,7 +15,8 @@ namespace {
 
 int memoryFileWith(std::string_view contents) {
   const int descriptor = ::memfd_create("galdrine-program-run", MFD_CLOEXEC);
-  if (descriptor >= 0 && ::write(descriptor, contents.data(), contents.size()) != static_cast<ssize_t>(contents.size())) {
+  if (descriptor >= 0 &&
+      ::write(descriptor, contents.data(), contents.size()) != static_cast<ssize_t>(contents.size())) {
     ::close(descriptor);
     return -1;
   }
@@ -27,7 +28,8 @@ std::string contentsOf(int descriptor) {
   std::string contents;
   ::lseek(descriptor, 0, SEEK_SET);
   char chunk[4096];
-  for (ssize_t count = 0; (count = ::read(descriptor, chunk, sizeof chunk)) > 0;) contents.append(chunk, std::size_t(count));
+  for (ssize_t count = 0; (count = ::read(descriptor, chunk, sizeof chunk)) > 0;)
+    contents.append(chunk, std::size_t(count));
   return contents;
 }
 
@@ -58,7 +60,8 @@ bool readAvailable(int master, std::string& output) {
 
 namespace ProgramRunner {
 
-ProgramOutcome run(const std::string& executable, const std::vector<std::string>& arguments, std::string_view standardInput) {
+ProgramOutcome run(const std::string& executable, const std::vector<std::string>& arguments,
+                   std::string_view standardInput) {
   ProgramOutcome outcome;
   const int streams[] = {memoryFileWith(standardInput), memoryFileWith({}), memoryFileWith({})};
   std::vector<char*> argv{const_cast<char*>(executable.c_str())};
@@ -82,7 +85,8 @@ ProgramOutcome run(const std::string& executable, const std::vector<std::string>
   return outcome;
 }
 
-PseudoTerminalRun runUnderPseudoTerminal(const std::function<void()>& child, std::string_view prompt, std::string_view typed) {
+PseudoTerminalRun runUnderPseudoTerminal(const std::function<void()>& child, std::string_view prompt,
+                                         std::string_view typed) {
   PseudoTerminalRun run;
   int master = -1;
   const pid_t pid = ::forkpty(&master, nullptr, nullptr, nullptr);

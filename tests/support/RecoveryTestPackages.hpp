@@ -19,9 +19,15 @@ inline const Bytes kPassphrase = ByteText::bytes("lantern orchard 47 quietly dri
 
 // library gives `photos` photos of 1,000 to 4,000 bytes (packed up to 3,000, chunked above)
 // and `videos` videos of several chunks each, and nothing else.
-[[nodiscard]] inline writer::BackupLibrarySnapshot library(std::uint64_t seed, std::size_t photos, std::size_t videos = 0) {
-  return BackupSampleLibrary::make({.seed = seed, .photoCount = photos, .livePhotoCount = 0, .videoCount = videos,
-                                    .folderCount = 0, .albumCount = 0, .tombstoneCount = 0});
+[[nodiscard]] inline writer::BackupLibrarySnapshot library(std::uint64_t seed, std::size_t photos,
+                                                           std::size_t videos = 0) {
+  return BackupSampleLibrary::make({.seed = seed,
+                                    .photoCount = photos,
+                                    .livePhotoCount = 0,
+                                    .videoCount = videos,
+                                    .folderCount = 0,
+                                    .albumCount = 0,
+                                    .tombstoneCount = 0});
 }
 
 // createWithBothFactors makes a package that a passphrase and the recovery key both unlock. It

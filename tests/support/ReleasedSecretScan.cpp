@@ -43,7 +43,9 @@ void* operator new(std::size_t byteCount) {
   throw std::bad_alloc();
 }
 
-void* operator new(std::size_t byteCount, const std::nothrow_t&) noexcept { return std::malloc(byteCount == 0 ? 1 : byteCount); }
+void* operator new(std::size_t byteCount, const std::nothrow_t&) noexcept {
+  return std::malloc(byteCount == 0 ? 1 : byteCount);
+}
 
 void operator delete(void* block) noexcept {
   galdrine::testsupport::ReleasedSecretScan::noteRelease(block);

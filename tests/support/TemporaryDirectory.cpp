@@ -1,7 +1,8 @@
 #include "support/TemporaryDirectory.hpp"
 
-#include <gtest/gtest.h>
 #include <stdlib.h>
+
+#include <gtest/gtest.h>
 
 #include <string>
 #include <system_error>

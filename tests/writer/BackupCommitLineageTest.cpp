@@ -4,8 +4,8 @@
 
 #include <gtest/gtest.h>
 
-#include "support/TemporaryDirectory.hpp"
 #include "support/BackupWriterTestSupport.hpp"
+#include "support/TemporaryDirectory.hpp"
 
 namespace galdrine::writer {
 
@@ -27,8 +27,9 @@ TEST(BackupCommitLineage, AnAppendedCommitKeepsUnchangedPayloadsAndWritesOnlyWha
 
   // One photo gets new content and a new item comes.
   library.items[0].resources[0].content = testsupport::BackupSampleLibrary::content(99, 1500);
-  library.items.push_back(testsupport::BackupSampleLibrary::make({.seed = 5, .photoCount = 1, .livePhotoCount = 0,
-                                                                  .videoCount = 0}).items.front());
+  library.items.push_back(
+      testsupport::BackupSampleLibrary::make({.seed = 5, .photoCount = 1, .livePhotoCount = 0, .videoCount = 0})
+          .items.front());
   const auto second = writer.writeCommit(library);
   ASSERT_TRUE(second);
 
@@ -110,12 +111,17 @@ TEST(BackupCommitLineage, LineageRefusalsComeBeforeAnyFile) {
   } cases[] = {
       {"unknown parent", {.parent = Parent::commit(unknown)}, Error::unknownCommit},
       {"unknown tip", {.acknowledgedTips = {unknown}}, Error::unknownCommit},
-      {"root that acknowledges", {.parent = Parent::root(), .acknowledgedTips = {base->commitIdentifier}}, Error::invalidLineage},
+      {"root that acknowledges",
+       {.parent = Parent::root(), .acknowledgedTips = {base->commitIdentifier}},
+       Error::invalidLineage},
       {"single tip to heal", {.healFork = true}, Error::nothingToHeal},
-      {"the parent acknowledged", {.acknowledgedTips = {base->commitIdentifier}}, format::BackupCommitGraphError::invalidLineage},
+      {"the parent acknowledged",
+       {.acknowledgedTips = {base->commitIdentifier}},
+       format::BackupCommitGraphError::invalidLineage},
   };
   const auto before = filesUnder(directory / "Library.galdrine");
-  for (const auto& test : cases) EXPECT_EQ(writer.writeCommit(library, test.request).error(), test.expected) << test.name;
+  for (const auto& test : cases)
+    EXPECT_EQ(writer.writeCommit(library, test.request).error(), test.expected) << test.name;
   EXPECT_EQ(filesUnder(directory / "Library.galdrine"), before);
   EXPECT_EQ(writer.commits().size(), 1u);
   EXPECT_EQ(writer.writeCommitSharingSnapshot(unknown).error(), Failure(Error::unknownCommit));

@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
+#include "support/BackupWriterTestSupport.hpp"
 #include "support/FileFixtures.hpp"
 #include "support/TemporaryDirectory.hpp"
-#include "support/BackupWriterTestSupport.hpp"
 
 namespace galdrine::writer {
 

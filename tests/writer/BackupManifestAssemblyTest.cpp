@@ -1,6 +1,7 @@
+#include "writer/BackupManifestAssembly.hpp"
+
 #include <gtest/gtest.h>
 
-#include "writer/BackupManifestAssembly.hpp"
 #include "format/graph/BackupGraphV1.hpp"
 #include "format/manifest/BackupManifestRecordCodecV1.hpp"
 #include "support/BackupWriterTestSupport.hpp"
@@ -13,7 +14,8 @@ using namespace testsupport::BackupWriterTestSupport;
 
 [[nodiscard]] Identifier numbered(std::uint32_t number, std::uint8_t tag) {
   Identifier identifier{tag};
-  for (std::size_t byte = 0; byte < 4; ++byte) identifier[12 + byte] = static_cast<std::uint8_t>(number >> (8 * (3 - byte)));
+  for (std::size_t byte = 0; byte < 4; ++byte)
+    identifier[12 + byte] = static_cast<std::uint8_t>(number >> (8 * (3 - byte)));
   return identifier;
 }
 
@@ -23,14 +25,13 @@ using namespace testsupport::BackupWriterTestSupport;
   std::vector<format::BackupPayloadPartRecordV1> parts;
   const platform::SHA256Digest digest{};
   for (std::uint32_t ordinal = 0; ordinal < 4096; ++ordinal) {
-    parts.push_back(*format::BackupPayloadPartRecordV1::make({ordinal, ordinal, 1, digest,
-                                                              format::BackupPayloadContainerKindV1::chunk,
-                                                              numbered(number * 4096 + ordinal, 0xC0), ordinal, 1, digest}));
+    parts.push_back(*format::BackupPayloadPartRecordV1::make(
+        {ordinal, ordinal, 1, digest, format::BackupPayloadContainerKindV1::chunk,
+         numbered(number * 4096 + ordinal, 0xC0), ordinal, 1, digest}));
   }
-  return *format::BackupMediaResourceRecordV1::make({numbered(number, 0x20), numbered(number, 0x10),
-                                                     format::BackupMediaResourceRoleV1::primary, "public.jpeg", 4096,
-                                                     std::nullopt, std::nullopt, std::nullopt, digest,
-                                                     numbered(number, 0x30), parts});
+  return *format::BackupMediaResourceRecordV1::make(
+      {numbered(number, 0x20), numbered(number, 0x10), format::BackupMediaResourceRoleV1::primary, "public.jpeg", 4096,
+       std::nullopt, std::nullopt, std::nullopt, digest, numbered(number, 0x30), parts});
 }
 
 TEST(BackupManifestAssembly, SectionsCloseAtTheirRecordCountOrBeforeTheirByteLimit) {
@@ -40,7 +41,8 @@ TEST(BackupManifestAssembly, SectionsCloseAtTheirRecordCountOrBeforeTheirByteLim
   }
   for (std::uint32_t number = 0; number < 40; ++number) records.push_back(widestResource(number));
   std::ranges::stable_sort(records, [](const Record& left, const Record& right) {
-    return left.kind() != right.kind() ? left.kind() < right.kind() : ByteOrder::precedes(left.sortKey(), right.sortKey());
+    return left.kind() != right.kind() ? left.kind() < right.kind()
+                                       : ByteOrder::precedes(left.sortKey(), right.sortKey());
   });
   const auto nextIdentifier = [] { return std::expected<Identifier, Error>(Identifier{}); };
   const auto sections = BackupManifestAssembly::sections(records, {0xAA}, {0xBB}, {}, nextIdentifier);
@@ -60,7 +62,8 @@ TEST(BackupManifestAssembly, SectionsCloseAtTheirRecordCountOrBeforeTheirByteLim
   // The resources fill two sections by bytes; the tombstones one of 4,096 records and the rest.
   EXPECT_EQ(sizes, (std::vector<std::size_t>{sizes[0], 40 - sizes[0], 4096, 904}));
   // A byte-limited section is full: one more record would not have fitted under the estimate.
-  EXPECT_GT((*sections)[0].encodedByteCount() + 450000, format::BackupFormatV1::maximumManifestSectionPlaintextByteCount);
+  EXPECT_GT((*sections)[0].encodedByteCount() + 450000,
+            format::BackupFormatV1::maximumManifestSectionPlaintextByteCount);
 
   // Two records of one kind with one sort key cannot share a section.
   const std::vector<Record> repeated{records.back(), records.back()};

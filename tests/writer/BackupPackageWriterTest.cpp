@@ -2,9 +2,9 @@
 
 #include "kdf/Argon2id.hpp"
 #include "reader/BackupKeyEnvelopeSetReader.hpp"
+#include "support/BackupWriterTestSupport.hpp"
 #include "support/FileFixtures.hpp"
 #include "support/TemporaryDirectory.hpp"
-#include "support/BackupWriterTestSupport.hpp"
 
 namespace galdrine::writer {
 
@@ -55,8 +55,13 @@ TEST(BackupPackageWriter, CreationRefusesBeforeAnythingIsWritten) {
     Failure expected;
   } cases[] = {
       {"no credential", {}, settings(), Error::missingCredential},
-      {"weak passphrase", {ByteView(weakPassphrase), ByteView(kRecoveryKey)}, settings(), EnvelopeError::invalidCredential()},
-      {"short recovery key", {std::nullopt, ByteView(kRecoveryKey).first(31)}, settings(),
+      {"weak passphrase",
+       {ByteView(weakPassphrase), ByteView(kRecoveryKey)},
+       settings(),
+       EnvelopeError::invalidCredential()},
+      {"short recovery key",
+       {std::nullopt, ByteView(kRecoveryKey).first(31)},
+       settings(),
        EnvelopeError::invalidRecoveryKeyByteCount()},
       {"chunks of no bytes", {std::nullopt, ByteView(kRecoveryKey)}, badLayout, Error::invalidLayout},
   };
@@ -90,7 +95,8 @@ TEST(BackupPackageWriter, TheRecoveryEngineReadsBackWhatWasWritten) {
   EXPECT_EQ(preflight.payloadFileEvidence.matchingFileCount, std::ssize(written->payloadFiles));
   const auto envelopes = recovery::openEnvelopeReader(writer.package().packagePath());
   ASSERT_TRUE(envelopes);
-  const auto snapshot = recovery::authenticatedSnapshot(written->commitIdentifier, *envelopes, writer.backupPackageMasterKey());
+  const auto snapshot =
+      recovery::authenticatedSnapshot(written->commitIdentifier, *envelopes, writer.backupPackageMasterKey());
   ASSERT_TRUE(snapshot);
   EXPECT_EQ(snapshot->records, written->records);
 
@@ -104,7 +110,10 @@ TEST(BackupPackageWriter, TheRecoveryEngineReadsBackWhatWasWritten) {
   }
   EXPECT_EQ(containers.size(), 2u);
 
-  std::set<fs::path> described{written->commitFile, written->snapshotFile, written->manifestRootFile, written->head->file,
+  std::set<fs::path> described{written->commitFile,
+                               written->snapshotFile,
+                               written->manifestRootFile,
+                               written->head->file,
                                directory / "Library.galdrine" / "format-header.cbor",
                                directory / "Library.galdrine" / "key-envelopes.cbor"};
   described.insert(written->sectionFiles.begin(), written->sectionFiles.end());
@@ -124,10 +133,11 @@ TEST(BackupPackageWriter, ContentIsReadInPiecesNoLargerThanAChunk) {
   auto largestPiece = std::make_shared<std::size_t>(0);
   auto library = testsupport::BackupSampleLibrary::make({.photoCount = 1, .livePhotoCount = 0, .videoCount = 1});
   auto& video = library.items.back().resources.front();
-  video.content = BackupContentSource::generated(byteCount, [largestPiece](std::uint64_t offset, std::span<std::uint8_t> into) {
-    *largestPiece = std::max(*largestPiece, into.size());
-    testsupport::BackupSampleLibrary::fill(8, offset, into);
-  });
+  video.content =
+      BackupContentSource::generated(byteCount, [largestPiece](std::uint64_t offset, std::span<std::uint8_t> into) {
+        *largestPiece = std::max(*largestPiece, into.size());
+        testsupport::BackupSampleLibrary::fill(8, offset, into);
+      });
   const auto written = writer->writeCommit(library);
   ASSERT_TRUE(written);
   EXPECT_EQ(*largestPiece, 16u * 1024 * 1024);
@@ -148,9 +158,11 @@ TEST(BackupPackageWriter, ALibraryTheManifestRefusesWritesNoFile) {
        RecordError::missingReference},
       {"empty resource", [](auto& library) { library.items[0].resources[0].content = BackupContentSource(); },
        RecordError::invalidValue},
-      {"folders in a ring", [](auto& library) { library.folders[0].parentFolderIdentifier = library.folders[1].identifier; },
+      {"folders in a ring",
+       [](auto& library) { library.folders[0].parentFolderIdentifier = library.folders[1].identifier; },
        RecordError::invalidRelationship},
-      {"missing content file", [](auto& library) { library.items[0].resources[0].content = BackupContentSource::file("/nonexistent/x"); },
+      {"missing content file",
+       [](auto& library) { library.items[0].resources[0].content = BackupContentSource::file("/nonexistent/x"); },
        Error::contentUnavailable},
   };
   for (const auto& test : cases) {

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "format/header/BackupFormatV1.hpp"
 #include "format/graph/BackupIdentifierV1.hpp"
+#include "format/header/BackupFormatV1.hpp"
 #include "format/payload/BackupPackContainerHeaderV1.hpp"
 #include "format/payload/BackupPackIndexV1.hpp"
 #include "format/payload/BackupPayloadV1.hpp"
@@ -23,14 +23,17 @@ void appendBigEndian(Bytes& bytes, std::uint64_t value) {
 
 // appendEntry seals one entry and appends its prefix (identifier, ordinal, frame length) and
 // frame to the entry area, giving what the index says of it.
-[[nodiscard]] std::expected<format::BackupPackEntryDescriptorV1, Error> appendEntry(
-    Bytes& entryArea, const DeterministicPackEntry& entry, std::uint64_t ordinal, ByteView segmentKey,
-    const FixturePackage& package) {
+[[nodiscard]] std::expected<format::BackupPackEntryDescriptorV1, Error> appendEntry(Bytes& entryArea,
+                                                                                    const DeterministicPackEntry& entry,
+                                                                                    std::uint64_t ordinal,
+                                                                                    ByteView segmentKey,
+                                                                                    const FixturePackage& package) {
   const auto frame = FixtureProducers::sealedFrame(
       entry.plaintext, segmentKey, format::BackupAADDomainV1::packEntry, package, entry.identifier, ordinal,
       static_cast<std::int64_t>(format::BackupFormatV1::maximumPackedResourcePlaintextByteCount), entry.nonce);
   if (!frame) return std::unexpected(frame.error());
-  const std::uint64_t frameOffset = Header::encodedByteCount + entryArea.size() + format::BackupPayloadV1::entryPrefixByteCount;
+  const std::uint64_t frameOffset =
+      Header::encodedByteCount + entryArea.size() + format::BackupPayloadV1::entryPrefixByteCount;
   entryArea.insert(entryArea.end(), entry.identifier.begin(), entry.identifier.end());
   appendBigEndian(entryArea, ordinal);
   appendBigEndian(entryArea, frame->size());
@@ -77,8 +80,9 @@ std::expected<Bytes, Error> packSegment(const FixturePackage& package, ByteView 
   return segment;
 }
 
-std::expected<Bytes, Error> resourceChunk(const FixturePackage& package, ByteView chunkIdentifier, std::uint64_t ordinal,
-                                          ByteView resourceKey, ByteView plaintext, ByteView nonce) {
+std::expected<Bytes, Error> resourceChunk(const FixturePackage& package, ByteView chunkIdentifier,
+                                          std::uint64_t ordinal, ByteView resourceKey, ByteView plaintext,
+                                          ByteView nonce) {
   return FixtureProducers::sealedFrame(
       plaintext, resourceKey, format::BackupAADDomainV1::resourceChunk, package, chunkIdentifier, ordinal,
       static_cast<std::int64_t>(format::BackupFormatV1::maximumStandaloneChunkPlaintextByteCount), nonce);

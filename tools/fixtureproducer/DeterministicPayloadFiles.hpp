@@ -26,16 +26,15 @@ namespace DeterministicPayloadFiles {
 // packSegment gives the bytes of a segment file: the 48-byte header, each entry's prefix and
 // frame in ordinal order, and the sealed index, under `segmentKey`.
 [[nodiscard]] std::expected<Bytes, FixtureProducerError> packSegment(const FixturePackage& package,
-                                                                             ByteView segmentIdentifier,
-                                                                             ByteView segmentKey,
-                                                                             std::span<const DeterministicPackEntry> entries,
-                                                                             ByteView indexNonce);
+                                                                     ByteView segmentIdentifier, ByteView segmentKey,
+                                                                     std::span<const DeterministicPackEntry> entries,
+                                                                     ByteView indexNonce);
 
 // resourceChunk gives the bytes of a chunk file: one frame sealed with `ordinal`.
 [[nodiscard]] std::expected<Bytes, FixtureProducerError> resourceChunk(const FixturePackage& package,
-                                                                               ByteView chunkIdentifier,
-                                                                               std::uint64_t ordinal, ByteView resourceKey,
-                                                                               ByteView plaintext, ByteView nonce);
+                                                                       ByteView chunkIdentifier, std::uint64_t ordinal,
+                                                                       ByteView resourceKey, ByteView plaintext,
+                                                                       ByteView nonce);
 
 }  // namespace DeterministicPayloadFiles
 

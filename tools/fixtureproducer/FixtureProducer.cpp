@@ -5,16 +5,16 @@
 
 #include <array>
 
-#include "format/sealing/BackupAuthenticatedDataV1.hpp"
+#include "fixtureproducer/FixtureProducerBytes.hpp"
+#include "fixtureproducer/FixtureProducers.hpp"
+#include "fixtures/FixtureKind.hpp"
+#include "fixtures/RecoveryFixtureVerifier.hpp"
 #include "format/header/BackupFormatHeaderV1.hpp"
 #include "format/header/PrototypeFormatHeader.hpp"
 #include "format/sealing/AESGCMFrameV1.hpp"
-#include "fixtureproducer/FixtureProducerBytes.hpp"
-#include "fixtureproducer/FixtureProducers.hpp"
+#include "format/sealing/BackupAuthenticatedDataV1.hpp"
 #include "platform/FileDescriptor.hpp"
 #include "platform/Files.hpp"
-#include "fixtures/FixtureKind.hpp"
-#include "fixtures/RecoveryFixtureVerifier.hpp"
 
 namespace galdrine::fixtureproducer {
 
@@ -30,8 +30,8 @@ struct ProducedFixture {
   FixtureProducers::Document (*document)(const FixturePackage&);
 };
 
-// The set: one fixture of each kind, in the order of the kinds, so a kind is its own position. The prototype header is no
-// JSON document built here, so it has no producer of its own.
+// The set: one fixture of each kind, in the order of the kinds, so a kind is its own position. The prototype header is
+// no JSON document built here, so it has no producer of its own.
 constexpr std::array<ProducedFixture, 5> producedFixtures{{
     {"graph", fixtures::FixtureKind::productionGraphV1, "graph-v1.json", FixtureProducers::graphFixture},
     {"golden", fixtures::FixtureKind::productionGoldenV1, "golden-v1.json", FixtureProducers::goldenFixture},
@@ -49,9 +49,7 @@ static_assert([] {
 
 // documentText is the one form of every JSON file of the set: sorted keys, two-space
 // indentation, raw UTF-8, and one final line feed.
-[[nodiscard]] Bytes documentText(const nlohmann::json& document) {
-  return ByteText::bytes(document.dump(2) + "\n");
-}
+[[nodiscard]] Bytes documentText(const nlohmann::json& document) { return ByteText::bytes(document.dump(2) + "\n"); }
 
 [[nodiscard]] std::expected<Bytes, Error> prototypeHeaderText() {
   const format::PrototypeFormatHeader header{std::string(format::PrototypeFormatHeader::expectedMagic), 0};
@@ -105,9 +103,8 @@ std::expected<FixturePackage, Error> package() {
 std::expected<Bytes, Error> sealedFrame(ByteView plaintext, ByteView key, format::BackupAADDomainV1 domain,
                                         const FixturePackage& package, ByteView artifactIdentifier,
                                         std::uint64_t ordinal, std::int64_t maximumPlaintextByteCount, ByteView nonce) {
-  const auto data = format::BackupAuthenticatedDataV1::make(domain, package.packageIdentifier,
-                                                            package.libraryDomainIdentifier, artifactIdentifier, ordinal,
-                                                            std::nullopt);
+  const auto data = format::BackupAuthenticatedDataV1::make(
+      domain, package.packageIdentifier, package.libraryDomainIdentifier, artifactIdentifier, ordinal, std::nullopt);
   if (!data) return std::unexpected(Error::materialRefused);
   const auto encodedData = data->encoded();
   if (!encodedData) return std::unexpected(Error::materialRefused);

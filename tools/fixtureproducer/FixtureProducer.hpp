@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/Bytes.hpp"
 #include "fixtures/FixtureKind.hpp"
+#include "platform/Bytes.hpp"
 
 namespace galdrine::fixtureproducer {
 

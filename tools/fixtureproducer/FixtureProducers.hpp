@@ -4,13 +4,13 @@
 // (FixtureMaterial, whose key seeds give the keys): fixed labels give its identifiers, salts
 // and nonces, and nothing is drawn from a random source or a clock.
 
+#include <nlohmann/json.hpp>
+
 #include <cstdint>
 #include <expected>
 
-#include <nlohmann/json.hpp>
-
-#include "format/sealing/BackupAADDomainV1.hpp"
 #include "fixtureproducer/FixtureProducer.hpp"
+#include "format/sealing/BackupAADDomainV1.hpp"
 #include "platform/Bytes.hpp"
 
 namespace galdrine::fixtureproducer {

@@ -3,18 +3,18 @@
 
 #include <string>
 
-#include "format/sealing/BackupAuthenticatedDataV1.hpp"
-#include "format/header/BackupFormatV1.hpp"
-#include "format/sealing/AESGCMFrameV1.hpp"
-#include "platform/SecureMemory.hpp"
-#include "fixtureproducer/FixtureProducerBytes.hpp"
-#include "fixtureproducer/FixtureProducers.hpp"
-#include "platform/ScopeGuard.hpp"
 #include "envelope/PortableKeyEnvelopeBindingV1.hpp"
 #include "envelope/PortableKeyEnvelopeMetadataV1.hpp"
 #include "envelope/PortableKeyEnvelopeV1.hpp"
+#include "fixtureproducer/FixtureProducerBytes.hpp"
+#include "fixtureproducer/FixtureProducers.hpp"
 #include "fixtures/FixtureMaterial.hpp"
 #include "fixtures/RecoveryFixtureVerifier.hpp"
+#include "format/header/BackupFormatV1.hpp"
+#include "format/sealing/AESGCMFrameV1.hpp"
+#include "format/sealing/BackupAuthenticatedDataV1.hpp"
+#include "platform/ScopeGuard.hpp"
+#include "platform/SecureMemory.hpp"
 
 namespace galdrine::fixtureproducer {
 
@@ -70,8 +70,9 @@ constexpr std::uint64_t envelopeGeneration = 1;
   if (!encodedData) return std::unexpected(Error::materialRefused);
   Bytes key = fixtures::FixtureMaterial::keyFromSeed(vector.keySeed);
   ScopeGuard wipeKey{[&] { platform::SecureMemory::wipe(key); }};
-  const auto frame = format::AESGCMFrameV1::seal(vector.plaintext, key, *encodedData, vector.maximumPlaintextByteCount,
-                                                 format::AESGCMFrameV1::NonceSource::fixed(Fixed::nonce(label + "/nonce")));
+  const auto frame =
+      format::AESGCMFrameV1::seal(vector.plaintext, key, *encodedData, vector.maximumPlaintextByteCount,
+                                  format::AESGCMFrameV1::NonceSource::fixed(Fixed::nonce(label + "/nonce")));
   if (!frame) return std::unexpected(Error::materialRefused);
 
   nlohmann::json document = {
@@ -100,12 +101,14 @@ Document goldenFixture(const FixturePackage& package) {
   const GoldenVector vectors[] = {
       {fixtures::FixtureMaterial::resourceChunkLabel, format::BackupAADDomainV1::resourceChunk, 2,
        static_cast<std::int64_t>(format::BackupFormatV1::maximumStandaloneChunkPlaintextByteCount),
-       fixtures::FixtureMaterial::resourceChunkKeySeed, ByteText::bytes(fixtures::FixtureMaterial::resourceChunkPlaintext)},
+       fixtures::FixtureMaterial::resourceChunkKeySeed,
+       ByteText::bytes(fixtures::FixtureMaterial::resourceChunkPlaintext)},
       {fixtures::FixtureMaterial::packEntryLabel, format::BackupAADDomainV1::packEntry, 1,
-       static_cast<std::int64_t>(format::BackupFormatV1::maximumPackedResourcePlaintextByteCount), fixtures::FixtureMaterial::packEntryKeySeed,
-       ByteText::bytes(fixtures::FixtureMaterial::packEntryPlaintext)},
-      {fixtures::FixtureMaterial::recoveryEnvelopeLabel, format::BackupAADDomainV1::bpmkRecoveryEnvelope, envelopeGeneration,
-       static_cast<std::int64_t>(envelope::PortableKeyEnvelopeV1::keyByteCount), fixtures::FixtureMaterial::recoveryEnvelopeKeySeed,
+       static_cast<std::int64_t>(format::BackupFormatV1::maximumPackedResourcePlaintextByteCount),
+       fixtures::FixtureMaterial::packEntryKeySeed, ByteText::bytes(fixtures::FixtureMaterial::packEntryPlaintext)},
+      {fixtures::FixtureMaterial::recoveryEnvelopeLabel, format::BackupAADDomainV1::bpmkRecoveryEnvelope,
+       envelopeGeneration, static_cast<std::int64_t>(envelope::PortableKeyEnvelopeV1::keyByteCount),
+       fixtures::FixtureMaterial::recoveryEnvelopeKeySeed,
        fixtures::FixtureMaterial::keyFromSeed(fixtures::FixtureMaterial::recoveryEnvelopePlaintextSeed)},
   };
   nlohmann::json documents = nlohmann::json::array();

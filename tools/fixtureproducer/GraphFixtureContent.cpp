@@ -3,11 +3,11 @@
 #include <array>
 #include <string>
 
-#include "format/manifest/BackupManifestRecordCodecV1.hpp"
-#include "platform/SecureMemory.hpp"
 #include "fixtureproducer/DeterministicPayloadFiles.hpp"
 #include "fixtureproducer/FixtureProducerBytes.hpp"
+#include "format/manifest/BackupManifestRecordCodecV1.hpp"
 #include "platform/ScopeGuard.hpp"
+#include "platform/SecureMemory.hpp"
 
 namespace galdrine::fixtureproducer {
 
@@ -43,7 +43,8 @@ template <typename Record>
   return format::BackupManifestRecordV1(std::move(*made));
 }
 
-[[nodiscard]] std::expected<format::BackupManifestRecordV1, Error> item(ByteView identifier, format::BackupMediaKindV1 kind,
+[[nodiscard]] std::expected<format::BackupManifestRecordV1, Error> item(ByteView identifier,
+                                                                        format::BackupMediaKindV1 kind,
                                                                         std::string_view filename, ByteView resource) {
   const std::array<ByteView, 1> resources{resource};
   return recordOf(format::BackupMediaItemRecordV1::make({
@@ -93,9 +94,11 @@ struct ResourceFile {
   return recordOf(format::BackupMediaResourceRecordV1::make(fields));
 }
 
-[[nodiscard]] std::expected<format::BackupManifestRecordV1, Error> payloadKey(
-    ByteView key, ByteView keyIdentifier, format::BackupPayloadKeyScopeV1 scope, ByteView boundIdentifier,
-    const FixturePackage& package, ByteView bpmk) {
+[[nodiscard]] std::expected<format::BackupManifestRecordV1, Error> payloadKey(ByteView key, ByteView keyIdentifier,
+                                                                              format::BackupPayloadKeyScopeV1 scope,
+                                                                              ByteView boundIdentifier,
+                                                                              const FixturePackage& package,
+                                                                              ByteView bpmk) {
   return recordOf(format::BackupManifestRecordCodecV1::wrapPayloadKey(
       key, keyIdentifier, scope, boundIdentifier, package.packageIdentifier, package.libraryDomainIdentifier, bpmk,
       format::AESGCMFrameV1::NonceSource::fixed(
@@ -104,7 +107,8 @@ struct ResourceFile {
 
 // organisingRecords are the folder, the album in it with the photo as cover, the photo's
 // membership, and the tombstone of an item deleted earlier.
-[[nodiscard]] std::expected<std::vector<format::BackupManifestRecordV1>, Error> organisingRecords(const Identifiers& ids) {
+[[nodiscard]] std::expected<std::vector<format::BackupManifestRecordV1>, Error> organisingRecords(
+    const Identifiers& ids) {
   const std::array<ByteView, 1> deletedResources{ids.deletedResource};
   const std::expected<format::BackupManifestRecordV1, Error> made[] = {
       recordOf(format::BackupAlbumFolderRecordV1::make(
@@ -133,7 +137,7 @@ struct ResourceFile {
 }
 
 [[nodiscard]] format::BackupMediaResourceRecordV1::Fields resourceShape(ByteView identifier, ByteView item,
-                                                                         ByteView key) {
+                                                                        ByteView key) {
   return {.identifier = identifier,
           .itemIdentifier = item,
           .role = format::BackupMediaResourceRoleV1::primary,

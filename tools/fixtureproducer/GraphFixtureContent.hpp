@@ -8,9 +8,9 @@
 #include <expected>
 #include <vector>
 
-#include "format/manifest/BackupManifestRecordV1.hpp"
 #include "fixtureproducer/FixtureProducer.hpp"
 #include "fixtureproducer/FixtureProducers.hpp"
+#include "format/manifest/BackupManifestRecordV1.hpp"
 #include "platform/Bytes.hpp"
 
 namespace galdrine::fixtureproducer {

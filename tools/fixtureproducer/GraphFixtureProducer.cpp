@@ -7,16 +7,16 @@
 #include <string>
 #include <vector>
 
-#include "format/header/BackupFormatV1.hpp"
-#include "format/graph/BackupGraphV1.hpp"
-#include "format/manifest/BackupManifestRecordCodecV1.hpp"
-#include "platform/SecureMemory.hpp"
 #include "fixtureproducer/FixtureProducerBytes.hpp"
 #include "fixtureproducer/FixtureProducers.hpp"
 #include "fixtureproducer/GraphFixtureContent.hpp"
-#include "platform/ScopeGuard.hpp"
 #include "fixtures/FixtureMaterial.hpp"
 #include "fixtures/RecoveryFixtureVerifier.hpp"
+#include "format/graph/BackupGraphV1.hpp"
+#include "format/header/BackupFormatV1.hpp"
+#include "format/manifest/BackupManifestRecordCodecV1.hpp"
+#include "platform/ScopeGuard.hpp"
+#include "platform/SecureMemory.hpp"
 
 namespace galdrine::fixtureproducer {
 
@@ -41,7 +41,8 @@ struct GraphIdentifiers {
 // SealedGraph is every frame of the graph, sections first, and the head's reference.
 struct SealedGraph {
   std::vector<format::BackupSealedManifestSection> sections;
-  std::vector<std::pair<std::string_view, format::BackupSealedGraphArtifact>> artifacts;  // root, snapshot, commit, head
+  std::vector<std::pair<std::string_view, format::BackupSealedGraphArtifact>>
+      artifacts;  // root, snapshot, commit, head
   format::BackupManifestSemanticSummary summary;
 };
 
@@ -51,11 +52,13 @@ struct GraphKey {
 };
 
 [[nodiscard]] std::expected<std::vector<format::BackupManifestSectionV1>, Error> sections(
-    const std::vector<format::BackupManifestRecordV1>& records, const GraphIdentifiers& ids, const FixturePackage& package) {
+    const std::vector<format::BackupManifestRecordV1>& records, const GraphIdentifiers& ids,
+    const FixturePackage& package) {
   std::vector<format::BackupManifestSectionV1> made;
   for (const SectionKind kind : allCases<SectionKind>) {
     std::vector<format::BackupManifestRecordV1> ofKind;
-    std::ranges::copy_if(records, std::back_inserter(ofKind), [&](const auto& record) { return record.kind() == kind; });
+    std::ranges::copy_if(records, std::back_inserter(ofKind),
+                         [&](const auto& record) { return record.kind() == kind; });
     const auto ordinal = static_cast<std::uint64_t>(kind);
     auto section = format::BackupManifestRecordCodecV1::makeSection(
         Fixed::identifier("graph/section/" + std::to_string(ordinal)), ids.manifest, package.libraryDomainIdentifier,
@@ -73,7 +76,8 @@ template <typename Sealed>
 }
 
 [[nodiscard]] std::expected<format::BackupManifestRootV1, Error> manifestRoot(const SealedGraph& graph,
-                                                                     const GraphIdentifiers& ids, const GraphKey& key) {
+                                                                              const GraphIdentifiers& ids,
+                                                                              const GraphKey& key) {
   std::vector<format::BackupManifestSectionReferenceV1> references;
   for (const auto& section : graph.sections) references.push_back(section.reference);
   const auto sectionSetSHA256 = Graph::sectionSetDigest(references);
@@ -86,8 +90,8 @@ template <typename Sealed>
 }
 
 [[nodiscard]] std::expected<format::BackupSealedGraphArtifact, Error> sealedSnapshot(
-    const SealedGraph& graph, const format::BackupManifestRootV1& root, const format::BackupArtifactReferenceV1& rootReference,
-    const GraphIdentifiers& ids, const GraphKey& key) {
+    const SealedGraph& graph, const format::BackupManifestRootV1& root,
+    const format::BackupArtifactReferenceV1& rootReference, const GraphIdentifiers& ids, const GraphKey& key) {
   const auto snapshot = format::BackupSnapshotV1::make(
       ids.snapshot, key.package.libraryDomainIdentifier, createdAt, rootReference, root.sectionSetSHA256(),
       graph.summary.requiredPayloadSetSHA256, graph.summary.counts, graph.summary.logicalPlaintextByteCount,
@@ -110,7 +114,8 @@ template <typename Sealed>
 
 [[nodiscard]] std::expected<format::BackupSealedGraphArtifact, Error> sealedHead(
     const format::BackupArtifactReferenceV1& commitReference, const GraphIdentifiers& ids, const GraphKey& key) {
-  const auto head = format::BackupHeadV1::make(ids.head, key.package.libraryDomainIdentifier, commitReference, createdAt);
+  const auto head =
+      format::BackupHeadV1::make(ids.head, key.package.libraryDomainIdentifier, commitReference, createdAt);
   if (!head) return std::unexpected(Error::materialRefused);
   return sealedOrRefused(Graph::sealHead(*head, key.package.packageIdentifier, key.bpmk,
                                          Graph::NonceSource::fixed(Fixed::nonce("graph/head/nonce"))));
@@ -135,9 +140,9 @@ template <typename Sealed>
   }
   const auto root = manifestRoot(graph, ids, key);
   if (!root) return std::unexpected(root.error());
-  auto sealedRoot = sealedOrRefused(
-      Graph::sealManifestRoot(*root, key.package.packageIdentifier, key.bpmk,
-                              Graph::NonceSource::fixed(Fixed::nonce("graph/manifest-root/nonce"))));
+  auto sealedRoot =
+      sealedOrRefused(Graph::sealManifestRoot(*root, key.package.packageIdentifier, key.bpmk,
+                                              Graph::NonceSource::fixed(Fixed::nonce("graph/manifest-root/nonce"))));
   if (!sealedRoot) return std::unexpected(sealedRoot.error());
   auto snapshot = sealedSnapshot(graph, *root, sealedRoot->reference, ids, key);
   if (!snapshot) return std::unexpected(snapshot.error());
@@ -172,7 +177,8 @@ void appendBigEndian(Bytes& bytes, std::uint64_t value) {
 }
 
 [[nodiscard]] nlohmann::json artifactDocument(std::string_view kind, ByteView identifier, ByteView frame) {
-  return {{"kind", kind}, {"identifierHex", FixtureProducers::hex(identifier)}, {"frameHex", FixtureProducers::hex(frame)}};
+  return {
+      {"kind", kind}, {"identifierHex", FixtureProducers::hex(identifier)}, {"frameHex", FixtureProducers::hex(frame)}};
 }
 
 [[nodiscard]] nlohmann::json referenceDocument(const format::BackupArtifactReferenceV1& reference) {

@@ -6,23 +6,23 @@
 #include <string>
 #include <vector>
 
+#include "envelope/BackupKeyEnvelopeSetV1.hpp"
+#include "envelope/PortableKeyEnvelopeBindingV1.hpp"
+#include "envelope/PortableKeyEnvelopeEncodingV1.hpp"
+#include "envelope/PortableKeyEnvelopeV1.hpp"
+#include "fixtureproducer/FixtureProducerBytes.hpp"
+#include "fixtureproducer/FixtureProducerCredentials.hpp"
+#include "fixtureproducer/FixtureProducers.hpp"
+#include "fixtures/FixtureMaterial.hpp"
+#include "fixtures/RecoveryFixtureVerifier.hpp"
 #include "format/header/BackupFormatHeaderV1.hpp"
 #include "format/header/BackupFormatV1.hpp"
 #include "format/sealing/AESGCMFrameV1.hpp"
 #include "kdf/Argon2id.hpp"
 #include "kdf/Argon2idParameters.hpp"
-#include "platform/SecureMemory.hpp"
-#include "fixtureproducer/FixtureProducerBytes.hpp"
-#include "fixtureproducer/FixtureProducers.hpp"
-#include "fixtureproducer/FixtureProducerCredentials.hpp"
 #include "platform/HKDF.hpp"
 #include "platform/ScopeGuard.hpp"
-#include "envelope/BackupKeyEnvelopeSetV1.hpp"
-#include "envelope/PortableKeyEnvelopeBindingV1.hpp"
-#include "envelope/PortableKeyEnvelopeEncodingV1.hpp"
-#include "envelope/PortableKeyEnvelopeV1.hpp"
-#include "fixtures/FixtureMaterial.hpp"
-#include "fixtures/RecoveryFixtureVerifier.hpp"
+#include "platform/SecureMemory.hpp"
 
 namespace galdrine::fixtureproducer {
 
@@ -39,7 +39,8 @@ namespace Fixed = FixtureProducerBytes;
   const std::string label = "key-envelopes/" + std::string(rawValue(factor));
   const bool passphrase = factor == Factor::backupPassphrase;
   auto metadata = Metadata::make(
-      factor, passphrase ? envelope::PortableKeyDerivationV1::argon2idV13 : envelope::PortableKeyDerivationV1::hkdfSHA256,
+      factor,
+      passphrase ? envelope::PortableKeyDerivationV1::argon2idV13 : envelope::PortableKeyDerivationV1::hkdfSHA256,
       Fixed::labelled(label + "/salt", envelope::PortableKeyEnvelopeV1::derivationSaltByteCount),
       passphrase ? kdf::Argon2idParameters::minimumOperationsLimit : 0,
       passphrase ? kdf::Argon2idParameters::minimumMemoryLimitBytes : 0, Fixed::identifier(label + "/artifact"),
@@ -57,7 +58,7 @@ namespace Fixed = FixtureProducerBytes;
     const auto parameters = kdf::Argon2idParameters::make(metadata.operationsLimit(), metadata.memoryLimitBytes());
     if (!parameters) return std::unexpected(Error::materialRefused);
     auto key = kdf::Argon2id::deriveKey(ByteText::view(FixtureProducerCredentials::backupPassphrase),
-                                           metadata.derivationSalt(), *parameters);
+                                        metadata.derivationSalt(), *parameters);
     if (!key) return std::unexpected(Error::materialRefused);
     return std::move(*key);
   }
@@ -71,15 +72,15 @@ namespace Fixed = FixtureProducerBytes;
   return key;
 }
 
-[[nodiscard]] std::expected<envelope::BackupKeyEnvelopeEntryV1, Error> envelopeEntry(
-    Factor factor, const FixturePackage& package) {
+[[nodiscard]] std::expected<envelope::BackupKeyEnvelopeEntryV1, Error> envelopeEntry(Factor factor,
+                                                                                     const FixturePackage& package) {
   const auto metadata = metadataFor(factor);
   if (!metadata) return std::unexpected(metadata.error());
   const auto header = format::BackupFormatHeaderV1::make(package.packageIdentifier);
   if (!header) return std::unexpected(Error::materialRefused);
-  const auto context = envelope::PortableKeyEnvelopeContextV1::make(*header, package.libraryDomainIdentifier,
-                                                                  metadata->artifactIdentifier(),
-                                                                  metadata->keySlotIdentifier(), metadata->generation());
+  const auto context = envelope::PortableKeyEnvelopeContextV1::make(
+      *header, package.libraryDomainIdentifier, metadata->artifactIdentifier(), metadata->keySlotIdentifier(),
+      metadata->generation());
   if (!context) return std::unexpected(Error::materialRefused);
   const auto data = envelope::PortableKeyEnvelopeBindingV1::authenticatedData(*metadata, *context);
   if (!data) return std::unexpected(Error::materialRefused);
@@ -90,7 +91,8 @@ namespace Fixed = FixtureProducerBytes;
   ScopeGuard wipeBPMK{[&] { platform::SecureMemory::wipe(bpmk); }};
   const auto frame = format::AESGCMFrameV1::seal(
       bpmk, *key, *data, static_cast<std::int64_t>(envelope::PortableKeyEnvelopeV1::keyByteCount),
-      format::AESGCMFrameV1::NonceSource::fixed(Fixed::nonce("key-envelopes/" + std::string(rawValue(factor)) + "/nonce")));
+      format::AESGCMFrameV1::NonceSource::fixed(
+          Fixed::nonce("key-envelopes/" + std::string(rawValue(factor)) + "/nonce")));
   if (!frame) return std::unexpected(Error::materialRefused);
   const auto envelope = envelope::PortableKeyEnvelopeEncodingV1::encode(*metadata, *frame);
   if (!envelope) return std::unexpected(Error::materialRefused);
@@ -119,7 +121,7 @@ Document keyEnvelopeSetFixture(const FixturePackage& package) {
     entries.push_back(std::move(*entry));
   }
   const auto set = envelope::BackupKeyEnvelopeSetV1::make(package.packageIdentifier, package.libraryDomainIdentifier,
-                                                        std::move(entries));
+                                                          std::move(entries));
   if (!set) return std::unexpected(Error::materialRefused);
   const auto registry = set->encoded();
   if (!registry) return std::unexpected(Error::materialRefused);

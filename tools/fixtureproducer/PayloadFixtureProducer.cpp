@@ -4,14 +4,14 @@
 #include <array>
 #include <string>
 
-#include "format/header/BackupFormatV1.hpp"
-#include "platform/SecureMemory.hpp"
 #include "fixtureproducer/DeterministicPayloadFiles.hpp"
 #include "fixtureproducer/FixtureProducerBytes.hpp"
 #include "fixtureproducer/FixtureProducers.hpp"
-#include "platform/ScopeGuard.hpp"
 #include "fixtures/FixtureMaterial.hpp"
 #include "fixtures/RecoveryFixtureVerifier.hpp"
+#include "format/header/BackupFormatV1.hpp"
+#include "platform/ScopeGuard.hpp"
+#include "platform/SecureMemory.hpp"
 
 namespace galdrine::fixtureproducer {
 
@@ -20,7 +20,8 @@ namespace {
 using Error = FixtureProducerError;
 namespace Fixed = FixtureProducerBytes;
 
-constexpr std::array<std::string_view, 2> entryNames{fixtures::FixtureMaterial::packEntryZeroName, fixtures::FixtureMaterial::packEntryOneName};
+constexpr std::array<std::string_view, 2> entryNames{fixtures::FixtureMaterial::packEntryZeroName,
+                                                     fixtures::FixtureMaterial::packEntryOneName};
 constexpr std::uint64_t standaloneOrdinal = 0;
 
 [[nodiscard]] DeterministicPackEntry packEntry(std::string_view name) {
@@ -39,10 +40,11 @@ constexpr std::uint64_t standaloneOrdinal = 0;
   if (!segment) return std::unexpected(segment.error());
   nlohmann::json entryDocuments = nlohmann::json::array();
   for (std::size_t ordinal = 0; ordinal < entries.size(); ++ordinal) {
-    entryDocuments.push_back({{"name", entryNames[ordinal]},
-                              {"identifierHex", FixtureProducers::hex(entries[ordinal].identifier)},
-                              {"ordinal", ordinal},
-                              {"plaintextDigestHex", FixtureProducers::hex(Fixed::digestOf(entries[ordinal].plaintext))}});
+    entryDocuments.push_back(
+        {{"name", entryNames[ordinal]},
+         {"identifierHex", FixtureProducers::hex(entries[ordinal].identifier)},
+         {"ordinal", ordinal},
+         {"plaintextDigestHex", FixtureProducers::hex(Fixed::digestOf(entries[ordinal].plaintext))}});
   }
   return nlohmann::json{{"segmentIdentifierHex", FixtureProducers::hex(segmentIdentifier)},
                         {"segmentHex", FixtureProducers::hex(*segment)},

@@ -45,9 +45,12 @@ bool CBORBorrowedValue::hasKeysZeroThrough(std::uint64_t lastKey) const {
 
 CBORValue CBORBorrowedValue::owned() const {
   switch (kind()) {
-    case CBORKind::unsignedInteger: return CBORValue::unsignedInteger(std::get<0>(storage_));
-    case CBORKind::byteString: return CBORValue::byteString(std::get<1>(storage_));
-    case CBORKind::textString: return CBORValue::textString(std::string(std::get<2>(storage_)));
+    case CBORKind::unsignedInteger:
+      return CBORValue::unsignedInteger(std::get<0>(storage_));
+    case CBORKind::byteString:
+      return CBORValue::byteString(std::get<1>(storage_));
+    case CBORKind::textString:
+      return CBORValue::textString(std::string(std::get<2>(storage_)));
     case CBORKind::array: {
       CBORValue::Array items;
       items.reserve(std::get<3>(storage_).size());
@@ -59,9 +62,12 @@ CBORValue CBORBorrowedValue::owned() const {
       for (const auto& [key, value] : std::get<4>(storage_)) entries.emplace_hint(entries.end(), key, value.owned());
       return CBORValue::map(std::move(entries));
     }
-    case CBORKind::boolean: return CBORValue::boolean(std::get<5>(storage_));
-    case CBORKind::negative: return CBORValue::negative(std::get<6>(storage_).argument);
-    case CBORKind::null: return CBORValue::null();
+    case CBORKind::boolean:
+      return CBORValue::boolean(std::get<5>(storage_));
+    case CBORKind::negative:
+      return CBORValue::negative(std::get<6>(storage_).argument);
+    case CBORKind::null:
+      return CBORValue::null();
   }
   std::unreachable();
 }

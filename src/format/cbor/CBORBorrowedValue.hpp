@@ -21,13 +21,17 @@ class CBORBorrowedValue {
   using Array = std::vector<CBORBorrowedValue>;
   using Map = std::vector<std::pair<std::uint64_t, CBORBorrowedValue>>;  // keys strictly ascending
 
-  static CBORBorrowedValue unsignedInteger(std::uint64_t value) { return CBORBorrowedValue(std::in_place_index<0>, value); }
+  static CBORBorrowedValue unsignedInteger(std::uint64_t value) {
+    return CBORBorrowedValue(std::in_place_index<0>, value);
+  }
   static CBORBorrowedValue byteString(ByteView bytes) { return CBORBorrowedValue(std::in_place_index<1>, bytes); }
   static CBORBorrowedValue textString(std::string_view text) { return CBORBorrowedValue(std::in_place_index<2>, text); }
   static CBORBorrowedValue array(Array items) { return CBORBorrowedValue(std::in_place_index<3>, std::move(items)); }
   static CBORBorrowedValue map(Map entries) { return CBORBorrowedValue(std::in_place_index<4>, std::move(entries)); }
   static CBORBorrowedValue boolean(bool value) { return CBORBorrowedValue(std::in_place_index<5>, value); }
-  static CBORBorrowedValue negative(std::uint64_t argument) { return CBORBorrowedValue(std::in_place_index<6>, Negative{argument}); }
+  static CBORBorrowedValue negative(std::uint64_t argument) {
+    return CBORBorrowedValue(std::in_place_index<6>, Negative{argument});
+  }
   static CBORBorrowedValue null() { return CBORBorrowedValue(std::in_place_index<7>, Null{}); }
 
   [[nodiscard]] CBORKind kind() const { return static_cast<CBORKind>(storage_.index()); }

@@ -11,9 +11,9 @@ namespace galdrine::format {
 
 struct CBORError {
   enum class Code : std::uint8_t {
-    unsupportedMajorType,         // payload: the major type
-    unsupportedSimpleValue,       // payload: the additional value
-    duplicateMapKey,              // payload: the repeated key
+    unsupportedMajorType,    // payload: the major type
+    unsupportedSimpleValue,  // payload: the additional value
+    duplicateMapKey,         // payload: the repeated key
     invalidLimits,
     encodedByteLimitExceeded,
     byteStringLimitExceeded,
@@ -34,8 +34,12 @@ struct CBORError {
   Code code;
   std::uint64_t payload = 0;  // zero for the cases without one
 
-  static constexpr CBORError unsupportedMajorType(std::uint8_t majorType) { return {Code::unsupportedMajorType, majorType}; }
-  static constexpr CBORError unsupportedSimpleValue(std::uint8_t additional) { return {Code::unsupportedSimpleValue, additional}; }
+  static constexpr CBORError unsupportedMajorType(std::uint8_t majorType) {
+    return {Code::unsupportedMajorType, majorType};
+  }
+  static constexpr CBORError unsupportedSimpleValue(std::uint8_t additional) {
+    return {Code::unsupportedSimpleValue, additional};
+  }
   static constexpr CBORError duplicateMapKey(std::uint64_t key) { return {Code::duplicateMapKey, key}; }
 
   friend constexpr bool operator==(const CBORError&, const CBORError&) = default;

@@ -29,7 +29,8 @@ class Encoder {
     if (depth > limits_.maximumDepth) return failure(Code::depthLimitExceeded);
     if (++totalItemCount_ > limits_.maximumTotalItemCount) return failure(Code::totalItemLimitExceeded);
     if (auto appended = appendByKind(value, depth); !appended) return appended;
-    if (std::cmp_greater(output_.size(), limits_.maximumEncodedByteCount)) return failure(Code::encodedByteLimitExceeded);
+    if (std::cmp_greater(output_.size(), limits_.maximumEncodedByteCount))
+      return failure(Code::encodedByteLimitExceeded);
     return {};
   }
 
@@ -38,29 +39,42 @@ class Encoder {
  private:
   std::expected<void, CBORError> appendByKind(const CBORValue& value, std::int64_t depth) {
     switch (value.kind()) {
-      case CBORKind::unsignedInteger: appendHead(0, *value.asUnsigned()); return {};
-      case CBORKind::negative: appendHead(1, *value.asNegativeArgument()); return {};
+      case CBORKind::unsignedInteger:
+        appendHead(0, *value.asUnsigned());
+        return {};
+      case CBORKind::negative:
+        appendHead(1, *value.asNegativeArgument());
+        return {};
       case CBORKind::byteString: {
         const Bytes& bytes = *value.asByteString();
-        if (std::cmp_greater(bytes.size(), limits_.maximumByteStringByteCount)) return failure(Code::byteStringLimitExceeded);
+        if (std::cmp_greater(bytes.size(), limits_.maximumByteStringByteCount))
+          return failure(Code::byteStringLimitExceeded);
         return appendString(2, bytes);
       }
       case CBORKind::textString: {
         const std::string& text = *value.asTextString();
-        if (std::cmp_greater(text.size(), limits_.maximumTextStringByteCount)) return failure(Code::textStringLimitExceeded);
+        if (std::cmp_greater(text.size(), limits_.maximumTextStringByteCount))
+          return failure(Code::textStringLimitExceeded);
         if (!platform::UTF8::isValid(text)) return failure(Code::invalidUTF8);
         return appendString(3, ByteText::view(text));
       }
-      case CBORKind::array: return appendArray(*value.asArray(), depth);
-      case CBORKind::map: return appendMap(*value.asMap(), depth);
-      case CBORKind::boolean: output_.push_back(*value.asBoolean() ? 0xF5 : 0xF4); return {};
-      case CBORKind::null: output_.push_back(0xF6); return {};
+      case CBORKind::array:
+        return appendArray(*value.asArray(), depth);
+      case CBORKind::map:
+        return appendMap(*value.asMap(), depth);
+      case CBORKind::boolean:
+        output_.push_back(*value.asBoolean() ? 0xF5 : 0xF4);
+        return {};
+      case CBORKind::null:
+        output_.push_back(0xF6);
+        return {};
     }
     std::unreachable();
   }
 
   std::expected<void, CBORError> appendArray(const CBORValue::Array& items, std::int64_t depth) {
-    if (std::cmp_greater(items.size(), limits_.maximumContainerItemCount)) return failure(Code::containerItemLimitExceeded);
+    if (std::cmp_greater(items.size(), limits_.maximumContainerItemCount))
+      return failure(Code::containerItemLimitExceeded);
     appendHead(4, items.size());
     for (const auto& item : items) {
       if (auto appended = append(item, depth + 1); !appended) return appended;
@@ -69,7 +83,8 @@ class Encoder {
   }
 
   std::expected<void, CBORError> appendMap(const CBORValue::Map& entries, std::int64_t depth) {
-    if (std::cmp_greater(entries.size(), limits_.maximumContainerItemCount)) return failure(Code::containerItemLimitExceeded);
+    if (std::cmp_greater(entries.size(), limits_.maximumContainerItemCount))
+      return failure(Code::containerItemLimitExceeded);
     appendHead(5, entries.size());
     for (const auto& [key, entryValue] : entries) {  // std::map iterates in ascending key order
       if (auto appended = append(CBORValue::unsignedInteger(key), depth + 1); !appended) return appended;
@@ -114,17 +129,21 @@ class Decoder {
       case 1: {
         const auto argument = readArgument(additional);
         if (!argument) return failure(argument.error());
-        return majorType == 0 ? CBORBorrowedValue::unsignedInteger(*argument)
-                              : CBORBorrowedValue::negative(*argument);
+        return majorType == 0 ? CBORBorrowedValue::unsignedInteger(*argument) : CBORBorrowedValue::negative(*argument);
       }
-      case 2: return decodeByteString(additional);
-      case 3: return decodeTextString(additional);
-      case 4: return decodeArray(additional, depth);
-      case 5: return decodeMap(additional, depth);
+      case 2:
+        return decodeByteString(additional);
+      case 3:
+        return decodeTextString(additional);
+      case 4:
+        return decodeArray(additional, depth);
+      case 5:
+        return decodeMap(additional, depth);
       case 6:
         if (additional == 31) return failure(Code::indefiniteLengthNotAllowed);
         return failure(CBORError::unsupportedMajorType(6));
-      default: return decodeSimple(additional);
+      default:
+        return decodeSimple(additional);
     }
   }
 
@@ -233,10 +252,14 @@ class Decoder {
 
   static std::expected<CBORBorrowedValue, CBORError> decodeSimple(std::uint8_t additional) {
     switch (additional) {
-      case 20: return CBORBorrowedValue::boolean(false);
-      case 21: return CBORBorrowedValue::boolean(true);
-      case 22: return CBORBorrowedValue::null();
-      default: return failure(CBORError::unsupportedSimpleValue(additional));
+      case 20:
+        return CBORBorrowedValue::boolean(false);
+      case 21:
+        return CBORBorrowedValue::boolean(true);
+      case 22:
+        return CBORBorrowedValue::null();
+      default:
+        return failure(CBORError::unsupportedSimpleValue(additional));
     }
   }
 

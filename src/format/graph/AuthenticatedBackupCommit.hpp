@@ -32,8 +32,8 @@ class AuthenticatedBackupCommit {
   BackupCommitV1 commit_;
 };
 
-inline std::expected<AuthenticatedBackupCommit, BackupCommitGraphError>
-AuthenticatedBackupCommit::make(BackupArtifactReferenceV1 reference, BackupCommitV1 commit) {
+inline std::expected<AuthenticatedBackupCommit, BackupCommitGraphError> AuthenticatedBackupCommit::make(
+    BackupArtifactReferenceV1 reference, BackupCommitV1 commit) {
   if (reference.identifier() != commit.identifier()) {
     return std::unexpected(BackupCommitGraphError::invalidAuthenticatedRecord);
   }

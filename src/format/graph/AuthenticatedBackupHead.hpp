@@ -31,8 +31,8 @@ class AuthenticatedBackupHead {
   BackupHeadV1 head_;
 };
 
-inline std::expected<AuthenticatedBackupHead, BackupCommitGraphError>
-AuthenticatedBackupHead::make(BackupArtifactReferenceV1 reference, BackupHeadV1 head) {
+inline std::expected<AuthenticatedBackupHead, BackupCommitGraphError> AuthenticatedBackupHead::make(
+    BackupArtifactReferenceV1 reference, BackupHeadV1 head) {
   if (reference.identifier() != head.identifier()) {
     return std::unexpected(BackupCommitGraphError::invalidAuthenticatedRecord);
   }

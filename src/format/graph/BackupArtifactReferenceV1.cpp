@@ -18,13 +18,12 @@ std::expected<BackupArtifactReferenceV1, BackupGraphV1Error> BackupArtifactRefer
   if (frameSHA256.size() != Limits::digestByteCount || plaintextSHA256.size() != Limits::digestByteCount) {
     return std::unexpected(BackupGraphV1Error::invalidDigest);
   }
-  return BackupArtifactReferenceV1(std::move(identifier), frameByteCount, std::move(frameSHA256),
-                                           plaintextByteCount, std::move(plaintextSHA256));
+  return BackupArtifactReferenceV1(std::move(identifier), frameByteCount, std::move(frameSHA256), plaintextByteCount,
+                                   std::move(plaintextSHA256));
 }
 
-BackupArtifactReferenceV1::BackupArtifactReferenceV1(Bytes identifier, std::uint64_t frameByteCount,
-                                                                     Bytes frameSHA256, std::uint64_t plaintextByteCount,
-                                                                     Bytes plaintextSHA256)
+BackupArtifactReferenceV1::BackupArtifactReferenceV1(Bytes identifier, std::uint64_t frameByteCount, Bytes frameSHA256,
+                                                     std::uint64_t plaintextByteCount, Bytes plaintextSHA256)
     : identifier_(std::move(identifier)),
       frameByteCount_(frameByteCount),
       frameSHA256_(std::move(frameSHA256)),
@@ -42,9 +41,9 @@ CBORValue BackupArtifactReferenceV1::cborValue() const {
 }
 
 bool BackupArtifactReferenceV1::hasCBORShape(const CBORBorrowedValue& value) {
-  return CBOR::isArrayOfCount(value, 5) && CBOR::isByteString(CBOR::item(value, 0)) && CBOR::isUnsigned(CBOR::item(value, 1)) &&
-         CBOR::isByteString(CBOR::item(value, 2)) && CBOR::isUnsigned(CBOR::item(value, 3)) &&
-         CBOR::isByteString(CBOR::item(value, 4));
+  return CBOR::isArrayOfCount(value, 5) && CBOR::isByteString(CBOR::item(value, 0)) &&
+         CBOR::isUnsigned(CBOR::item(value, 1)) && CBOR::isByteString(CBOR::item(value, 2)) &&
+         CBOR::isUnsigned(CBOR::item(value, 3)) && CBOR::isByteString(CBOR::item(value, 4));
 }
 
 std::expected<BackupArtifactReferenceV1, BackupGraphV1Error> BackupArtifactReferenceV1::fromCBOR(

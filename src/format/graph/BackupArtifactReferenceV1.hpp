@@ -41,7 +41,7 @@ class BackupArtifactReferenceV1 {
 
  private:
   BackupArtifactReferenceV1(Bytes identifier, std::uint64_t frameByteCount, Bytes frameSHA256,
-                                    std::uint64_t plaintextByteCount, Bytes plaintextSHA256);
+                            std::uint64_t plaintextByteCount, Bytes plaintextSHA256);
 
   Bytes identifier_;
   std::uint64_t frameByteCount_;

@@ -190,7 +190,8 @@ std::expected<void, Error> validateEpochStep(const CommitIndex& index, const Bac
   }
   for (const Reference& tip : commit.acknowledgedAlternateTips()) {
     const auto tipPosition = index.find(tip.identifier());
-    if (!tipPosition || index.commit(*tipPosition).writerEpoch() >= commit.writerEpoch()) return std::unexpected(invalid);
+    if (!tipPosition || index.commit(*tipPosition).writerEpoch() >= commit.writerEpoch())
+      return std::unexpected(invalid);
   }
   return {};
 }
@@ -224,9 +225,8 @@ std::expected<void, Error> validateLineage(const CommitIndex& index, const Ances
 std::vector<Position> maximalPositions(const Ancestry& ancestry, const std::vector<bool>& selected) {
   std::vector<Position> byDescendingDepth(ancestry.depths.size());
   for (Position position = 0; position < byDescendingDepth.size(); ++position) byDescendingDepth[position] = position;
-  std::ranges::stable_sort(byDescendingDepth, [&](Position left, Position right) {
-    return ancestry.depths[left] > ancestry.depths[right];
-  });
+  std::ranges::stable_sort(
+      byDescendingDepth, [&](Position left, Position right) { return ancestry.depths[left] > ancestry.depths[right]; });
   std::vector<bool> reachesSelected(ancestry.depths.size(), false);
   std::vector<Position> maximal;
   for (const Position position : byDescendingDepth) {
@@ -256,8 +256,9 @@ bool coversOthers(const Tip& tip, const std::vector<Tip>& tips) {
   if (acknowledged.size() < tips.size() - 1) return false;
   return std::ranges::all_of(tips, [&](const Tip& other) {
     if (&other == &tip) return true;
-    return std::ranges::binary_search(acknowledged, other.reference().identifier(), identifierPrecedes,
-                                      [](const Reference& reference) -> const Bytes& { return reference.identifier(); });
+    return std::ranges::binary_search(
+        acknowledged, other.reference().identifier(), identifierPrecedes,
+        [](const Reference& reference) -> const Bytes& { return reference.identifier(); });
   });
 }
 
@@ -277,8 +278,8 @@ BackupCommitGraphAccessState BackupCommitGraphAccessState::decide(const std::vec
 
 namespace BackupCommitGraph {
 
-std::expected<BackupCommitGraphScan, BackupCommitGraphError> scan(
-    std::span<const AuthenticatedBackupCommit> commits, std::span<const AuthenticatedBackupHead> heads) {
+std::expected<BackupCommitGraphScan, BackupCommitGraphError> scan(std::span<const AuthenticatedBackupCommit> commits,
+                                                                  std::span<const AuthenticatedBackupHead> heads) {
   if (commits.size() > maximumCommitCount || heads.size() > maximumHeadCount) {
     return std::unexpected(Error::recordLimitExceeded);
   }

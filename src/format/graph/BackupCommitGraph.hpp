@@ -76,9 +76,9 @@ struct BackupCommitGraphAccessState {
 // BackupCommitGraphScan is what a package's commits and heads add up to.
 struct BackupCommitGraphScan {
   BackupCommitGraphAccessState accessState;
-  std::vector<BackupCommitGraphTip> retainedTips;           // all tips, ascending by identifier
-  ByteSet validCommitIdentifiers;  // every commit given, reached by a head or not
-  std::uint64_t maximumWriterEpoch = 0;                     // 0 when there are no commits
+  std::vector<BackupCommitGraphTip> retainedTips;  // all tips, ascending by identifier
+  ByteSet validCommitIdentifiers;                  // every commit given, reached by a head or not
+  std::uint64_t maximumWriterEpoch = 0;            // 0 when there are no commits
 
   friend bool operator==(const BackupCommitGraphScan&, const BackupCommitGraphScan&) = default;
 };

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <utility>
 
-#include "format/header/BackupFormatV1.hpp"
 #include "format/graph/BackupGraphCBORV1.hpp"
 #include "format/graph/BackupGraphLimitsV1.hpp"
+#include "format/header/BackupFormatV1.hpp"
 
 namespace galdrine::format {
 
@@ -45,9 +45,9 @@ std::expected<std::vector<Reference>, BackupGraphV1Error> readTips(const CBORBor
 // checkLineageFields applies the rules that tie parent, generation and acknowledged tips to
 // the commit's own identifier.
 std::expected<void, BackupGraphV1Error> checkLineageFields(const Bytes& identifier,
-                                                                   const std::optional<Reference>& parent,
-                                                                   std::uint64_t generation,
-                                                                   const std::vector<Reference>& tips) {
+                                                           const std::optional<Reference>& parent,
+                                                           std::uint64_t generation,
+                                                           const std::vector<Reference>& tips) {
   constexpr auto invalid = BackupGraphV1Error::invalidReference;
   if (parent.has_value() != (generation != 0)) return std::unexpected(invalid);
   if (parent && parent->identifier() == identifier) return std::unexpected(invalid);
@@ -79,18 +79,17 @@ std::expected<BackupCommitV1, BackupGraphV1Error> BackupCommitV1::make(
   const auto lineage = checkLineageFields(identifier, parent, generation, acknowledgedAlternateTips);
   if (!lineage) return std::unexpected(lineage.error());
   return BackupCommitV1(std::move(identifier), std::move(libraryDomainIdentifier), std::move(parent),
-                                std::move(snapshot), std::move(manifestIdentifier), std::move(writerDeviceIdentifier),
-                                writerEpoch, generation, createdAtUTCMilliseconds, std::move(requiredPayloadSetSHA256),
-                                std::move(acknowledgedAlternateTips));
+                        std::move(snapshot), std::move(manifestIdentifier), std::move(writerDeviceIdentifier),
+                        writerEpoch, generation, createdAtUTCMilliseconds, std::move(requiredPayloadSetSHA256),
+                        std::move(acknowledgedAlternateTips));
 }
 
 BackupCommitV1::BackupCommitV1(Bytes identifier, Bytes libraryDomainIdentifier,
-                                               std::optional<BackupArtifactReferenceV1> parent,
-                                               BackupArtifactReferenceV1 snapshot, Bytes manifestIdentifier,
-                                               Bytes writerDeviceIdentifier, std::uint64_t writerEpoch,
-                                               std::uint64_t generation, std::int64_t createdAtUTCMilliseconds,
-                                               Bytes requiredPayloadSetSHA256,
-                                               std::vector<BackupArtifactReferenceV1> acknowledgedAlternateTips)
+                               std::optional<BackupArtifactReferenceV1> parent, BackupArtifactReferenceV1 snapshot,
+                               Bytes manifestIdentifier, Bytes writerDeviceIdentifier, std::uint64_t writerEpoch,
+                               std::uint64_t generation, std::int64_t createdAtUTCMilliseconds,
+                               Bytes requiredPayloadSetSHA256,
+                               std::vector<BackupArtifactReferenceV1> acknowledgedAlternateTips)
     : identifier_(std::move(identifier)),
       libraryDomainIdentifier_(std::move(libraryDomainIdentifier)),
       parent_(std::move(parent)),
@@ -143,8 +142,8 @@ std::expected<BackupCommitV1, BackupGraphV1Error> BackupCommitV1::decode(ByteVie
   return make(CBOR::ownedByteString(CBOR::field(*commit, 1)), CBOR::ownedByteString(CBOR::field(*commit, 2)),
               std::move(parent), std::move(*snapshot), CBOR::ownedByteString(CBOR::field(*commit, 5)),
               CBOR::ownedByteString(CBOR::field(*commit, 6)), CBOR::unsignedInteger(CBOR::field(*commit, 7)),
-              CBOR::unsignedInteger(CBOR::field(*commit, 8)), *createdAt, CBOR::ownedByteString(CBOR::field(*commit, 10)),
-              std::move(*tips));
+              CBOR::unsignedInteger(CBOR::field(*commit, 8)), *createdAt,
+              CBOR::ownedByteString(CBOR::field(*commit, 10)), std::move(*tips));
 }
 
 }  // namespace galdrine::format

@@ -52,12 +52,10 @@ class BackupCommitV1 {
   friend bool operator==(const BackupCommitV1&, const BackupCommitV1&) = default;
 
  private:
-  BackupCommitV1(Bytes identifier, Bytes libraryDomainIdentifier,
-                         std::optional<BackupArtifactReferenceV1> parent,
-                         BackupArtifactReferenceV1 snapshot, Bytes manifestIdentifier,
-                         Bytes writerDeviceIdentifier, std::uint64_t writerEpoch, std::uint64_t generation,
-                         std::int64_t createdAtUTCMilliseconds, Bytes requiredPayloadSetSHA256,
-                         std::vector<BackupArtifactReferenceV1> acknowledgedAlternateTips);
+  BackupCommitV1(Bytes identifier, Bytes libraryDomainIdentifier, std::optional<BackupArtifactReferenceV1> parent,
+                 BackupArtifactReferenceV1 snapshot, Bytes manifestIdentifier, Bytes writerDeviceIdentifier,
+                 std::uint64_t writerEpoch, std::uint64_t generation, std::int64_t createdAtUTCMilliseconds,
+                 Bytes requiredPayloadSetSHA256, std::vector<BackupArtifactReferenceV1> acknowledgedAlternateTips);
 
   Bytes identifier_;
   Bytes libraryDomainIdentifier_;

@@ -8,10 +8,8 @@ namespace galdrine::format {
 
 namespace BackupGraphCBORV1 {
 
-std::expected<CBORBorrowedValue, BackupGraphV1Error> decodeRecordMap(ByteView bytes,
-                                                                                    const CBORLimits& limits,
-                                                                                    std::string_view schema,
-                                                                                    std::uint64_t lastKey) {
+std::expected<CBORBorrowedValue, BackupGraphV1Error> decodeRecordMap(ByteView bytes, const CBORLimits& limits,
+                                                                     std::string_view schema, std::uint64_t lastKey) {
   auto decoded = DeterministicCBOR::decodeBorrowed(bytes, limits);
   if (!decoded) return std::unexpected(BackupGraphV1Error::malformedArtifact);
   if (!decoded->hasKeysZeroThrough(lastKey)) return std::unexpected(BackupGraphV1Error::malformedArtifact);
@@ -24,9 +22,7 @@ const CBORBorrowedValue& field(const CBORBorrowedValue& recordMap, std::uint64_t
   return (*recordMap.asMap())[static_cast<std::size_t>(key)].second;
 }
 
-const CBORBorrowedValue& item(const CBORBorrowedValue& array, std::size_t index) {
-  return (*array.asArray())[index];
-}
+const CBORBorrowedValue& item(const CBORBorrowedValue& array, std::size_t index) { return (*array.asArray())[index]; }
 
 bool isByteString(const CBORBorrowedValue& value) { return value.kind() == CBORKind::byteString; }
 
@@ -70,7 +66,7 @@ std::uint64_t headByteCount(std::uint64_t argument) {
 std::uint64_t stringByteCount(std::uint64_t byteCount) { return headByteCount(byteCount) + byteCount; }
 
 std::expected<Bytes, BackupGraphV1Error> encodeRecordMap(CBORValue::Map fields, std::string_view schema,
-                                                                 const CBORLimits& limits) {
+                                                         const CBORLimits& limits) {
   fields.insert_or_assign(0, CBORValue::textString(std::string(schema)));
   auto encoded = DeterministicCBOR::encode(CBORValue::map(std::move(fields)), limits);
   if (!encoded) return std::unexpected(BackupGraphV1Error::malformedArtifact);

@@ -21,8 +21,10 @@ namespace BackupGraphCBORV1 {
 // decodeRecordMap decodes `bytes` under `limits` and requires a map whose key set is exactly
 // {0, ..., lastKey} and whose key 0 is the text `schema`. Any failure is malformedArtifact;
 // the codec's own reason stays here. The result borrows from `bytes`.
-[[nodiscard]] std::expected<CBORBorrowedValue, BackupGraphV1Error> decodeRecordMap(
-    ByteView bytes, const CBORLimits& limits, std::string_view schema, std::uint64_t lastKey);
+[[nodiscard]] std::expected<CBORBorrowedValue, BackupGraphV1Error> decodeRecordMap(ByteView bytes,
+                                                                                   const CBORLimits& limits,
+                                                                                   std::string_view schema,
+                                                                                   std::uint64_t lastKey);
 
 // field gives the value under `key` of a map that decodeRecordMap accepted with a larger or
 // equal lastKey: its keys are 0, 1, ... in order, so the key is the position.
@@ -55,9 +57,8 @@ namespace BackupGraphCBORV1 {
 
 // encodeRecordMap puts `schema` under key 0 and encodes the map canonically under `limits`.
 // A record that has no encoding within its object's limits is malformedArtifact.
-[[nodiscard]] std::expected<Bytes, BackupGraphV1Error> encodeRecordMap(CBORValue::Map fields,
-                                                                                std::string_view schema,
-                                                                                const CBORLimits& limits);
+[[nodiscard]] std::expected<Bytes, BackupGraphV1Error> encodeRecordMap(CBORValue::Map fields, std::string_view schema,
+                                                                       const CBORLimits& limits);
 
 }  // namespace BackupGraphCBORV1
 

@@ -5,8 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "format/header/BackupFormatV1.hpp"
 #include "format/cbor/CBORLimits.hpp"
+#include "format/header/BackupFormatV1.hpp"
 
 namespace galdrine::format {
 

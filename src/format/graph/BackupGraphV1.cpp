@@ -5,9 +5,9 @@
 #include <string_view>
 #include <unordered_set>
 
-#include "format/header/BackupFormatV1.hpp"
 #include "format/cbor/DeterministicCBOR.hpp"
 #include "format/graph/BackupGraphLimitsV1.hpp"
+#include "format/header/BackupFormatV1.hpp"
 #include "platform/SHA256.hpp"
 
 namespace galdrine::format {
@@ -39,13 +39,11 @@ bool identifiersArePairwiseDifferent(Sections sections) {
 bool neighboursAreOrdered(Sections sections) {
   return std::ranges::adjacent_find(sections, [](const SectionReference& earlier, const SectionReference& later) {
            if (later.kind() < earlier.kind()) return true;
-           return later.kind() == earlier.kind() &&
-                  !ByteOrder::precedes(earlier.lastSortKey(), later.firstSortKey());
+           return later.kind() == earlier.kind() && !ByteOrder::precedes(earlier.lastSortKey(), later.firstSortKey());
          }) == sections.end();
 }
 
-std::expected<void, BackupGraphV1Error> recordCountsMatch(Sections sections,
-                                                                  const BackupManifestCountsV1& counts) {
+std::expected<void, BackupGraphV1Error> recordCountsMatch(Sections sections, const BackupManifestCountsV1& counts) {
   for (const auto kind : allCases<BackupManifestSectionKindV1>) {
     std::uint64_t sum = 0;
     for (const auto& section : sections) {
@@ -72,8 +70,7 @@ std::expected<std::string, BackupGraphV1Error> fileName(ByteView identifier, std
 
 namespace BackupGraphV1 {
 
-std::expected<void, BackupGraphV1Error> validateSectionSet(Sections sections,
-                                                                   const BackupManifestCountsV1& counts) {
+std::expected<void, BackupGraphV1Error> validateSectionSet(Sections sections, const BackupManifestCountsV1& counts) {
   constexpr auto invalid = BackupGraphV1Error::invalidSectionSet;
   if (sections.size() > Limits::maximumSectionCount) return std::unexpected(invalid);
   if (!ordinalsCountFromZero(sections)) return std::unexpected(invalid);

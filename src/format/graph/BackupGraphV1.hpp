@@ -114,12 +114,15 @@ using AESGCMFrameV1::NonceSource;
 // decodes (the decoder's own error stands); the record bears the expected identifier and
 // `libraryDomainIdentifier`. A section must further agree with `manifestIdentifier` and with
 // every field of its reference. Nothing is returned unless every check passed.
-[[nodiscard]] std::expected<BackupHeadV1, BackupGraphV1Error> openHead(
-    ByteView frame, const BackupArtifactReferenceV1& expected, ByteView packageIdentifier,
-    ByteView libraryDomainIdentifier, ByteView bpmk);
-[[nodiscard]] std::expected<BackupCommitV1, BackupGraphV1Error> openCommit(
-    ByteView frame, const BackupArtifactReferenceV1& expected, ByteView packageIdentifier,
-    ByteView libraryDomainIdentifier, ByteView bpmk);
+[[nodiscard]] std::expected<BackupHeadV1, BackupGraphV1Error> openHead(ByteView frame,
+                                                                       const BackupArtifactReferenceV1& expected,
+                                                                       ByteView packageIdentifier,
+                                                                       ByteView libraryDomainIdentifier, ByteView bpmk);
+[[nodiscard]] std::expected<BackupCommitV1, BackupGraphV1Error> openCommit(ByteView frame,
+                                                                           const BackupArtifactReferenceV1& expected,
+                                                                           ByteView packageIdentifier,
+                                                                           ByteView libraryDomainIdentifier,
+                                                                           ByteView bpmk);
 [[nodiscard]] std::expected<BackupSnapshotV1, BackupGraphV1Error> openSnapshot(
     ByteView frame, const BackupArtifactReferenceV1& expected, ByteView packageIdentifier,
     ByteView libraryDomainIdentifier, ByteView bpmk);

@@ -4,10 +4,10 @@
 #include <optional>
 #include <utility>
 
-#include "format/sealing/BackupAuthenticatedDataV1.hpp"
-#include "format/sealing/AESGCMFrameV1.hpp"
 #include "format/graph/BackupGraphLimitsV1.hpp"
 #include "format/graph/BackupGraphV1.hpp"
+#include "format/sealing/AESGCMFrameV1.hpp"
+#include "format/sealing/BackupAuthenticatedDataV1.hpp"
 #include "platform/SHA256.hpp"
 
 namespace galdrine::format {
@@ -32,8 +32,7 @@ constexpr SealedObjectRules commitRules{BackupAADDomainV1::commit, 0, Limits::gr
 constexpr SealedObjectRules snapshotRules{BackupAADDomainV1::snapshot, 0, Limits::graphDescriptorPlaintextLimit};
 // The all-ones ordinal keeps a root apart from every section of the same domain, whose
 // ordinal is at most 4,095.
-constexpr SealedObjectRules manifestRootRules{BackupAADDomainV1::manifest,
-                                              std::numeric_limits<std::uint64_t>::max(),
+constexpr SealedObjectRules manifestRootRules{BackupAADDomainV1::manifest, std::numeric_limits<std::uint64_t>::max(),
                                               Limits::manifestRootPlaintextLimit};
 
 constexpr SealedObjectRules manifestSectionRules(std::uint64_t ordinal) {
@@ -51,7 +50,7 @@ Bytes sha256(ByteView bytes) {
 std::optional<Bytes> authenticatedData(const SealedObjectRules& rules, ByteView packageIdentifier,
                                        ByteView libraryDomainIdentifier, ByteView identifier) {
   const auto data = BackupAuthenticatedDataV1::make(rules.domain, packageIdentifier, libraryDomainIdentifier,
-                                                            identifier, rules.ordinal, std::nullopt);
+                                                    identifier, rules.ordinal, std::nullopt);
   if (!data) return std::nullopt;
   auto encoded = data->encoded();
   if (!encoded) return std::nullopt;
@@ -87,8 +86,8 @@ std::expected<BackupSealedGraphArtifact, Error> sealRecord(const Record& record,
                                                            const NonceSource& nonceSource) {
   const auto plaintext = record.encoded();
   if (!plaintext) return std::unexpected(plaintext.error());
-  auto sealed = sealPlaintext(*plaintext, rules, record.identifier(), record.libraryDomainIdentifier(), packageIdentifier,
-                              bpmk, nonceSource);
+  auto sealed = sealPlaintext(*plaintext, rules, record.identifier(), record.libraryDomainIdentifier(),
+                              packageIdentifier, bpmk, nonceSource);
   if (!sealed) return std::unexpected(sealed.error());
   return BackupSealedGraphArtifact{std::move(sealed->reference), std::move(sealed->frame)};
 }
@@ -153,7 +152,8 @@ bool sectionMatches(const BackupManifestSectionV1& section, const BackupManifest
          section.compression() == expected.compression() && section.records().size() == expected.recordCount() &&
          section.records().front().sortKey() == expected.firstSortKey() &&
          section.records().back().sortKey() == expected.lastSortKey() &&
-         plaintext.size() == expected.decodedPlaintextByteCount() && plaintextSHA256 == expected.decodedPlaintextSHA256();
+         plaintext.size() == expected.decodedPlaintextByteCount() &&
+         plaintextSHA256 == expected.decodedPlaintextSHA256();
 }
 
 template <typename Record>
@@ -164,7 +164,8 @@ struct DiscoveredRecord {
 
 template <typename Record>
 std::expected<DiscoveredRecord<Record>, Error> openDiscovered(ByteView frame, ByteView identifier,
-                                                              const SealedObjectRules& rules, ByteView packageIdentifier,
+                                                              const SealedObjectRules& rules,
+                                                              ByteView packageIdentifier,
                                                               ByteView libraryDomainIdentifier, ByteView bpmk) {
   constexpr auto failed = Error::verificationFailed;
   if (identifier.size() != Limits::identifierByteCount) return std::unexpected(Error::invalidIdentifier);
@@ -172,8 +173,7 @@ std::expected<DiscoveredRecord<Record>, Error> openDiscovered(ByteView frame, By
   if (bpmk.size() != Limits::keyByteCount) return std::unexpected(failed);
   const auto data = authenticatedData(rules, packageIdentifier, libraryDomainIdentifier, identifier);
   if (!data) return std::unexpected(failed);
-  const auto plaintext =
-      AESGCMFrameV1::open(frame, bpmk, *data, static_cast<std::int64_t>(rules.plaintextLimit));
+  const auto plaintext = AESGCMFrameV1::open(frame, bpmk, *data, static_cast<std::int64_t>(rules.plaintextLimit));
   if (!plaintext) return std::unexpected(failed);
   auto reference = Reference::make(Bytes(identifier.begin(), identifier.end()), frame.size(), sha256(frame),
                                    plaintext->size(), sha256(*plaintext));
@@ -192,62 +192,61 @@ std::expected<DiscoveredRecord<Record>, Error> openDiscovered(ByteView frame, By
 namespace BackupGraphV1 {
 
 std::expected<BackupSealedGraphArtifact, Error> sealHead(const BackupHeadV1& head, ByteView packageIdentifier,
-                                                        ByteView bpmk, const NonceSource& nonceSource) {
+                                                         ByteView bpmk, const NonceSource& nonceSource) {
   return sealRecord(head, headRules, packageIdentifier, bpmk, nonceSource);
 }
 
 std::expected<BackupSealedGraphArtifact, Error> sealCommit(const BackupCommitV1& commit, ByteView packageIdentifier,
-                                                          ByteView bpmk, const NonceSource& nonceSource) {
+                                                           ByteView bpmk, const NonceSource& nonceSource) {
   return sealRecord(commit, commitRules, packageIdentifier, bpmk, nonceSource);
 }
 
 std::expected<BackupSealedGraphArtifact, Error> sealSnapshot(const BackupSnapshotV1& snapshot,
-                                                            ByteView packageIdentifier, ByteView bpmk,
-                                                            const NonceSource& nonceSource) {
+                                                             ByteView packageIdentifier, ByteView bpmk,
+                                                             const NonceSource& nonceSource) {
   return sealRecord(snapshot, snapshotRules, packageIdentifier, bpmk, nonceSource);
 }
 
 std::expected<BackupSealedGraphArtifact, Error> sealManifestRoot(const BackupManifestRootV1& root,
-                                                                ByteView packageIdentifier, ByteView bpmk,
-                                                                const NonceSource& nonceSource) {
+                                                                 ByteView packageIdentifier, ByteView bpmk,
+                                                                 const NonceSource& nonceSource) {
   return sealRecord(root, manifestRootRules, packageIdentifier, bpmk, nonceSource);
 }
 
 std::expected<BackupSealedManifestSection, Error> sealManifestSection(const BackupManifestSectionV1& section,
-                                                                     ByteView packageIdentifier, ByteView bpmk,
-                                                                     const NonceSource& nonceSource) {
+                                                                      ByteView packageIdentifier, ByteView bpmk,
+                                                                      const NonceSource& nonceSource) {
   return sealSection(section, packageIdentifier, bpmk, nonceSource);
 }
 
 std::expected<BackupHeadV1, Error> openHead(ByteView frame, const Reference& expected, ByteView packageIdentifier,
-                                                    ByteView libraryDomainIdentifier, ByteView bpmk) {
+                                            ByteView libraryDomainIdentifier, ByteView bpmk) {
   return openRecord<BackupHeadV1>(frame, expected, headRules, packageIdentifier, libraryDomainIdentifier, bpmk);
 }
 
-std::expected<BackupCommitV1, Error> openCommit(ByteView frame, const Reference& expected,
-                                                        ByteView packageIdentifier, ByteView libraryDomainIdentifier,
-                                                        ByteView bpmk) {
-  return openRecord<BackupCommitV1>(frame, expected, commitRules, packageIdentifier, libraryDomainIdentifier,
-                                            bpmk);
+std::expected<BackupCommitV1, Error> openCommit(ByteView frame, const Reference& expected, ByteView packageIdentifier,
+                                                ByteView libraryDomainIdentifier, ByteView bpmk) {
+  return openRecord<BackupCommitV1>(frame, expected, commitRules, packageIdentifier, libraryDomainIdentifier, bpmk);
 }
 
 std::expected<BackupSnapshotV1, Error> openSnapshot(ByteView frame, const Reference& expected,
-                                                            ByteView packageIdentifier, ByteView libraryDomainIdentifier,
-                                                            ByteView bpmk) {
-  return openRecord<BackupSnapshotV1>(frame, expected, snapshotRules, packageIdentifier, libraryDomainIdentifier,
-                                              bpmk);
+                                                    ByteView packageIdentifier, ByteView libraryDomainIdentifier,
+                                                    ByteView bpmk) {
+  return openRecord<BackupSnapshotV1>(frame, expected, snapshotRules, packageIdentifier, libraryDomainIdentifier, bpmk);
 }
 
 std::expected<BackupManifestRootV1, Error> openManifestRoot(ByteView frame, const Reference& expected,
-                                                                    ByteView packageIdentifier,
-                                                                    ByteView libraryDomainIdentifier, ByteView bpmk) {
+                                                            ByteView packageIdentifier,
+                                                            ByteView libraryDomainIdentifier, ByteView bpmk) {
   return openRecord<BackupManifestRootV1>(frame, expected, manifestRootRules, packageIdentifier,
-                                                  libraryDomainIdentifier, bpmk);
+                                          libraryDomainIdentifier, bpmk);
 }
 
-std::expected<BackupManifestSectionV1, Error> openManifestSection(
-    ByteView frame, const BackupManifestSectionReferenceV1& expected, ByteView manifestIdentifier,
-    ByteView packageIdentifier, ByteView libraryDomainIdentifier, ByteView bpmk) {
+std::expected<BackupManifestSectionV1, Error> openManifestSection(ByteView frame,
+                                                                  const BackupManifestSectionReferenceV1& expected,
+                                                                  ByteView manifestIdentifier,
+                                                                  ByteView packageIdentifier,
+                                                                  ByteView libraryDomainIdentifier, ByteView bpmk) {
   const auto rules = manifestSectionRules(expected.ordinal());
   const auto plaintext =
       openAgainst(frame, expected.artifact(), rules, packageIdentifier, libraryDomainIdentifier, bpmk);
@@ -264,27 +263,23 @@ std::expected<BackupManifestSectionV1, Error> openManifestSection(
 }
 
 std::expected<AuthenticatedBackupCommit, Error> openDiscoveredCommit(ByteView frame, ByteView identifier,
-                                                                              ByteView packageIdentifier,
-                                                                              ByteView libraryDomainIdentifier,
-                                                                              ByteView bpmk) {
-  auto discovered = openDiscovered<BackupCommitV1>(frame, identifier, commitRules, packageIdentifier,
-                                                           libraryDomainIdentifier, bpmk);
+                                                                     ByteView packageIdentifier,
+                                                                     ByteView libraryDomainIdentifier, ByteView bpmk) {
+  auto discovered =
+      openDiscovered<BackupCommitV1>(frame, identifier, commitRules, packageIdentifier, libraryDomainIdentifier, bpmk);
   if (!discovered) return std::unexpected(discovered.error());
-  auto authenticated =
-      AuthenticatedBackupCommit::make(std::move(discovered->reference), std::move(discovered->record));
+  auto authenticated = AuthenticatedBackupCommit::make(std::move(discovered->reference), std::move(discovered->record));
   if (!authenticated) return std::unexpected(Error::verificationFailed);
   return std::move(*authenticated);
 }
 
 std::expected<AuthenticatedBackupHead, Error> openDiscoveredHead(ByteView frame, ByteView identifier,
-                                                                          ByteView packageIdentifier,
-                                                                          ByteView libraryDomainIdentifier,
-                                                                          ByteView bpmk) {
-  auto discovered = openDiscovered<BackupHeadV1>(frame, identifier, headRules, packageIdentifier,
-                                                         libraryDomainIdentifier, bpmk);
+                                                                 ByteView packageIdentifier,
+                                                                 ByteView libraryDomainIdentifier, ByteView bpmk) {
+  auto discovered =
+      openDiscovered<BackupHeadV1>(frame, identifier, headRules, packageIdentifier, libraryDomainIdentifier, bpmk);
   if (!discovered) return std::unexpected(discovered.error());
-  auto authenticated =
-      AuthenticatedBackupHead::make(std::move(discovered->reference), std::move(discovered->record));
+  auto authenticated = AuthenticatedBackupHead::make(std::move(discovered->reference), std::move(discovered->record));
   if (!authenticated) return std::unexpected(Error::verificationFailed);
   return std::move(*authenticated);
 }

@@ -2,9 +2,9 @@
 
 #include <utility>
 
-#include "format/header/BackupFormatV1.hpp"
 #include "format/graph/BackupGraphCBORV1.hpp"
 #include "format/graph/BackupGraphLimitsV1.hpp"
+#include "format/header/BackupFormatV1.hpp"
 
 namespace galdrine::format {
 
@@ -22,19 +22,20 @@ bool hasFieldShapes(const CBORBorrowedValue& head) {
 
 }  // namespace
 
-std::expected<BackupHeadV1, BackupGraphV1Error> BackupHeadV1::make(
-    Bytes identifier, Bytes libraryDomainIdentifier, BackupArtifactReferenceV1 commit,
-    std::int64_t createdAtUTCMilliseconds) {
-  if (identifier.size() != Limits::identifierByteCount || libraryDomainIdentifier.size() != Limits::identifierByteCount) {
+std::expected<BackupHeadV1, BackupGraphV1Error> BackupHeadV1::make(Bytes identifier, Bytes libraryDomainIdentifier,
+                                                                   BackupArtifactReferenceV1 commit,
+                                                                   std::int64_t createdAtUTCMilliseconds) {
+  if (identifier.size() != Limits::identifierByteCount ||
+      libraryDomainIdentifier.size() != Limits::identifierByteCount) {
     return std::unexpected(BackupGraphV1Error::invalidIdentifier);
   }
   if (commit.identifier() == identifier) return std::unexpected(BackupGraphV1Error::invalidReference);
   return BackupHeadV1(std::move(identifier), std::move(libraryDomainIdentifier), std::move(commit),
-                              createdAtUTCMilliseconds);
+                      createdAtUTCMilliseconds);
 }
 
-BackupHeadV1::BackupHeadV1(Bytes identifier, Bytes libraryDomainIdentifier,
-                                           BackupArtifactReferenceV1 commit, std::int64_t createdAtUTCMilliseconds)
+BackupHeadV1::BackupHeadV1(Bytes identifier, Bytes libraryDomainIdentifier, BackupArtifactReferenceV1 commit,
+                           std::int64_t createdAtUTCMilliseconds)
     : identifier_(std::move(identifier)),
       libraryDomainIdentifier_(std::move(libraryDomainIdentifier)),
       commit_(std::move(commit)),

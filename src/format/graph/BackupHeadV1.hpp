@@ -16,9 +16,10 @@ class BackupHeadV1 {
   // make checks, in this order: identifier and libraryDomainIdentifier are 16 bytes
   // (invalidIdentifier); the commit reference does not bear the head's own identifier
   // (invalidReference).
-  [[nodiscard]] static std::expected<BackupHeadV1, BackupGraphV1Error> make(
-      Bytes identifier, Bytes libraryDomainIdentifier, BackupArtifactReferenceV1 commit,
-      std::int64_t createdAtUTCMilliseconds);
+  [[nodiscard]] static std::expected<BackupHeadV1, BackupGraphV1Error> make(Bytes identifier,
+                                                                            Bytes libraryDomainIdentifier,
+                                                                            BackupArtifactReferenceV1 commit,
+                                                                            std::int64_t createdAtUTCMilliseconds);
 
   [[nodiscard]] const Bytes& identifier() const { return identifier_; }
   [[nodiscard]] const Bytes& libraryDomainIdentifier() const { return libraryDomainIdentifier_; }
@@ -35,7 +36,7 @@ class BackupHeadV1 {
 
  private:
   BackupHeadV1(Bytes identifier, Bytes libraryDomainIdentifier, BackupArtifactReferenceV1 commit,
-                       std::int64_t createdAtUTCMilliseconds);
+               std::int64_t createdAtUTCMilliseconds);
 
   Bytes identifier_;
   Bytes libraryDomainIdentifier_;

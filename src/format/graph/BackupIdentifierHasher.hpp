@@ -20,8 +20,8 @@ namespace BackupIdentifierHasherDetail {
 
 struct BackupIdentifierHasher {
   template <std::size_t ByteCount>
-    requires(ByteCount % 16 == 0)
-  [[nodiscard]] std::size_t operator()(const std::array<std::uint8_t, ByteCount>& key) const noexcept {
+  requires(ByteCount % 16 == 0) [[nodiscard]] std::size_t operator()(
+      const std::array<std::uint8_t, ByteCount>& key) const noexcept {
     std::size_t hash = 0;
     for (std::size_t offset = 0; offset < ByteCount; offset += 16) {
       std::uint64_t first = 0;

@@ -24,4 +24,3 @@ struct RawValueTable<format::BackupManifestCompressionV1> {
 };
 
 }  // namespace galdrine
-

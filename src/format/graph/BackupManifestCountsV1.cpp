@@ -14,8 +14,8 @@ std::expected<BackupManifestCountsV1, BackupGraphV1Error> BackupManifestCountsV1
     std::uint64_t albumCount, std::uint64_t membershipCount, std::uint64_t tombstoneCount) {
   const std::array<std::uint64_t, 7> counts{payloadKeyCount, itemCount,       resourceCount, folderCount,
                                             albumCount,      membershipCount, tombstoneCount};
-  const bool withinLimit = std::ranges::all_of(
-      counts, [](std::uint64_t count) { return count <= BackupGraphLimitsV1::maximumRecordCount; });
+  const bool withinLimit =
+      std::ranges::all_of(counts, [](std::uint64_t count) { return count <= BackupGraphLimitsV1::maximumRecordCount; });
   if (!withinLimit) return std::unexpected(BackupGraphV1Error::invalidCount);
   return BackupManifestCountsV1(counts);
 }

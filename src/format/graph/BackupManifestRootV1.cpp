@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <utility>
 
-#include "format/header/BackupFormatV1.hpp"
 #include "format/graph/BackupGraphCBORV1.hpp"
 #include "format/graph/BackupGraphLimitsV1.hpp"
 #include "format/graph/BackupGraphV1.hpp"
+#include "format/header/BackupFormatV1.hpp"
 
 namespace galdrine::format {
 
@@ -45,7 +45,8 @@ std::expected<BackupManifestRootV1, BackupGraphV1Error> BackupManifestRootV1::ma
     Bytes identifier, Bytes libraryDomainIdentifier, Bytes snapshotIdentifier, std::int64_t createdAtUTCMilliseconds,
     BackupManifestCountsV1 counts, std::uint64_t logicalPlaintextByteCount, Bytes requiredPayloadSetSHA256,
     std::vector<BackupManifestSectionReferenceV1> sections, Bytes sectionSetSHA256) {
-  if (identifier.size() != Limits::identifierByteCount || libraryDomainIdentifier.size() != Limits::identifierByteCount ||
+  if (identifier.size() != Limits::identifierByteCount ||
+      libraryDomainIdentifier.size() != Limits::identifierByteCount ||
       snapshotIdentifier.size() != Limits::identifierByteCount) {
     return std::unexpected(BackupGraphV1Error::invalidIdentifier);
   }
@@ -58,19 +59,16 @@ std::expected<BackupManifestRootV1, BackupGraphV1Error> BackupManifestRootV1::ma
   const auto recomputed = BackupGraphV1::sectionSetDigest(sections);
   if (!recomputed) return std::unexpected(recomputed.error());
   if (*recomputed != sectionSetSHA256) return std::unexpected(BackupGraphV1Error::verificationFailed);
-  return BackupManifestRootV1(std::move(identifier), std::move(libraryDomainIdentifier),
-                                      std::move(snapshotIdentifier), createdAtUTCMilliseconds, std::move(counts),
-                                      logicalPlaintextByteCount, std::move(requiredPayloadSetSHA256),
-                                      std::move(sections), std::move(sectionSetSHA256));
+  return BackupManifestRootV1(std::move(identifier), std::move(libraryDomainIdentifier), std::move(snapshotIdentifier),
+                              createdAtUTCMilliseconds, std::move(counts), logicalPlaintextByteCount,
+                              std::move(requiredPayloadSetSHA256), std::move(sections), std::move(sectionSetSHA256));
 }
 
-BackupManifestRootV1::BackupManifestRootV1(Bytes identifier, Bytes libraryDomainIdentifier,
-                                                           Bytes snapshotIdentifier, std::int64_t createdAtUTCMilliseconds,
-                                                           BackupManifestCountsV1 counts,
-                                                           std::uint64_t logicalPlaintextByteCount,
-                                                           Bytes requiredPayloadSetSHA256,
-                                                           std::vector<BackupManifestSectionReferenceV1> sections,
-                                                           Bytes sectionSetSHA256)
+BackupManifestRootV1::BackupManifestRootV1(Bytes identifier, Bytes libraryDomainIdentifier, Bytes snapshotIdentifier,
+                                           std::int64_t createdAtUTCMilliseconds, BackupManifestCountsV1 counts,
+                                           std::uint64_t logicalPlaintextByteCount, Bytes requiredPayloadSetSHA256,
+                                           std::vector<BackupManifestSectionReferenceV1> sections,
+                                           Bytes sectionSetSHA256)
     : identifier_(std::move(identifier)),
       libraryDomainIdentifier_(std::move(libraryDomainIdentifier)),
       snapshotIdentifier_(std::move(snapshotIdentifier)),
@@ -95,12 +93,10 @@ std::expected<Bytes, BackupGraphV1Error> BackupManifestRootV1::encoded() const {
   fields.emplace(7, CBORValue::byteString(requiredPayloadSetSHA256_));
   fields.emplace(8, CBORValue::array(std::move(sections)));
   fields.emplace(9, CBORValue::byteString(sectionSetSHA256_));
-  return CBOR::encodeRecordMap(std::move(fields), BackupFormatV1::manifestRootSchemaIdentifier,
-                               Limits::manifestRoot);
+  return CBOR::encodeRecordMap(std::move(fields), BackupFormatV1::manifestRootSchemaIdentifier, Limits::manifestRoot);
 }
 
-std::expected<BackupManifestRootV1, BackupGraphV1Error> BackupManifestRootV1::decode(
-    ByteView plaintext) {
+std::expected<BackupManifestRootV1, BackupGraphV1Error> BackupManifestRootV1::decode(ByteView plaintext) {
   const auto root =
       CBOR::decodeRecordMap(plaintext, Limits::manifestRoot, BackupFormatV1::manifestRootSchemaIdentifier, lastKey);
   if (!root) return std::unexpected(root.error());

@@ -45,9 +45,9 @@ class BackupManifestRootV1 {
 
  private:
   BackupManifestRootV1(Bytes identifier, Bytes libraryDomainIdentifier, Bytes snapshotIdentifier,
-                               std::int64_t createdAtUTCMilliseconds, BackupManifestCountsV1 counts,
-                               std::uint64_t logicalPlaintextByteCount, Bytes requiredPayloadSetSHA256,
-                               std::vector<BackupManifestSectionReferenceV1> sections, Bytes sectionSetSHA256);
+                       std::int64_t createdAtUTCMilliseconds, BackupManifestCountsV1 counts,
+                       std::uint64_t logicalPlaintextByteCount, Bytes requiredPayloadSetSHA256,
+                       std::vector<BackupManifestSectionReferenceV1> sections, Bytes sectionSetSHA256);
 
   Bytes identifier_;
   Bytes libraryDomainIdentifier_;

@@ -29,4 +29,3 @@ struct RawValueTable<format::BackupManifestSectionKindV1> {
 };
 
 }  // namespace galdrine
-

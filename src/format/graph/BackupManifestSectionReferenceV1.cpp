@@ -16,19 +16,18 @@ bool isSortKey(const Bytes& sortKey) {
   return sortKey.size() >= Limits::minimumSortKeyByteCount && sortKey.size() <= Limits::maximumSortKeyByteCount;
 }
 
-bool hasValidBounds(std::uint64_t ordinal, std::uint64_t recordCount, const Bytes& firstSortKey, const Bytes& lastSortKey) {
-  return ordinal <= Limits::maximumSectionOrdinal && recordCount >= 1 && recordCount <= Limits::maximumSectionRecordCount &&
-         isSortKey(firstSortKey) && isSortKey(lastSortKey);
+bool hasValidBounds(std::uint64_t ordinal, std::uint64_t recordCount, const Bytes& firstSortKey,
+                    const Bytes& lastSortKey) {
+  return ordinal <= Limits::maximumSectionOrdinal && recordCount >= 1 &&
+         recordCount <= Limits::maximumSectionRecordCount && isSortKey(firstSortKey) && isSortKey(lastSortKey);
 }
 
 }  // namespace
 
-std::expected<BackupManifestSectionReferenceV1, BackupGraphV1Error>
-BackupManifestSectionReferenceV1::make(BackupArtifactReferenceV1 artifact, std::uint64_t ordinal,
-                                               BackupManifestSectionKindV1 kind,
-                                               BackupManifestCompressionV1 compression, std::uint64_t recordCount,
-                                               Bytes firstSortKey, Bytes lastSortKey,
-                                               std::uint64_t decodedPlaintextByteCount, Bytes decodedPlaintextSHA256) {
+std::expected<BackupManifestSectionReferenceV1, BackupGraphV1Error> BackupManifestSectionReferenceV1::make(
+    BackupArtifactReferenceV1 artifact, std::uint64_t ordinal, BackupManifestSectionKindV1 kind,
+    BackupManifestCompressionV1 compression, std::uint64_t recordCount, Bytes firstSortKey, Bytes lastSortKey,
+    std::uint64_t decodedPlaintextByteCount, Bytes decodedPlaintextSHA256) {
   constexpr auto invalid = BackupGraphV1Error::invalidReference;
   if (!hasValidBounds(ordinal, recordCount, firstSortKey, lastSortKey)) return std::unexpected(invalid);
   if (ByteOrder::precedes(lastSortKey, firstSortKey)) return std::unexpected(invalid);
@@ -45,8 +44,8 @@ BackupManifestSectionReferenceV1::make(BackupArtifactReferenceV1 artifact, std::
     return std::unexpected(invalid);
   }
   return BackupManifestSectionReferenceV1(std::move(artifact), ordinal, kind, compression, recordCount,
-                                                  std::move(firstSortKey), std::move(lastSortKey),
-                                                  decodedPlaintextByteCount, std::move(decodedPlaintextSHA256));
+                                          std::move(firstSortKey), std::move(lastSortKey), decodedPlaintextByteCount,
+                                          std::move(decodedPlaintextSHA256));
 }
 
 BackupManifestSectionReferenceV1::BackupManifestSectionReferenceV1(
@@ -90,8 +89,8 @@ bool BackupManifestSectionReferenceV1::hasCBORShape(const CBORBorrowedValue& val
          CBOR::isByteString(CBOR::item(value, 8));
 }
 
-std::expected<BackupManifestSectionReferenceV1, BackupGraphV1Error>
-BackupManifestSectionReferenceV1::fromCBOR(const CBORBorrowedValue& value) {
+std::expected<BackupManifestSectionReferenceV1, BackupGraphV1Error> BackupManifestSectionReferenceV1::fromCBOR(
+    const CBORBorrowedValue& value) {
   if (!hasCBORShape(value)) return std::unexpected(BackupGraphV1Error::malformedArtifact);
   auto artifact = BackupArtifactReferenceV1::fromCBOR(CBOR::item(value, 0));
   if (!artifact) return std::unexpected(artifact.error());

@@ -48,15 +48,13 @@ class BackupManifestSectionReferenceV1 {
   [[nodiscard]] static std::expected<BackupManifestSectionReferenceV1, BackupGraphV1Error> fromCBOR(
       const CBORBorrowedValue& value);
 
-  friend bool operator==(const BackupManifestSectionReferenceV1&,
-                         const BackupManifestSectionReferenceV1&) = default;
+  friend bool operator==(const BackupManifestSectionReferenceV1&, const BackupManifestSectionReferenceV1&) = default;
 
  private:
   BackupManifestSectionReferenceV1(BackupArtifactReferenceV1 artifact, std::uint64_t ordinal,
-                                           BackupManifestSectionKindV1 kind,
-                                           BackupManifestCompressionV1 compression, std::uint64_t recordCount,
-                                           Bytes firstSortKey, Bytes lastSortKey,
-                                           std::uint64_t decodedPlaintextByteCount, Bytes decodedPlaintextSHA256);
+                                   BackupManifestSectionKindV1 kind, BackupManifestCompressionV1 compression,
+                                   std::uint64_t recordCount, Bytes firstSortKey, Bytes lastSortKey,
+                                   std::uint64_t decodedPlaintextByteCount, Bytes decodedPlaintextSHA256);
 
   BackupArtifactReferenceV1 artifact_;
   std::uint64_t ordinal_;

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <utility>
 
-#include "format/header/BackupFormatV1.hpp"
 #include "format/graph/BackupGraphCBORV1.hpp"
 #include "format/graph/BackupGraphLimitsV1.hpp"
+#include "format/header/BackupFormatV1.hpp"
 
 namespace galdrine::format {
 
@@ -46,7 +46,8 @@ std::expected<BackupManifestSectionV1, BackupGraphV1Error> BackupManifestSection
       libraryDomainIdentifier.size() != Limits::identifierByteCount) {
     return std::unexpected(BackupGraphV1Error::invalidIdentifier);
   }
-  if (ordinal > Limits::maximumSectionOrdinal || records.empty() || records.size() > Limits::maximumSectionRecordCount) {
+  if (ordinal > Limits::maximumSectionOrdinal || records.empty() ||
+      records.size() > Limits::maximumSectionRecordCount) {
     return std::unexpected(BackupGraphV1Error::invalidRecordSet);
   }
   if (!sortKeysStrictlyAscend(records)) return std::unexpected(BackupGraphV1Error::invalidRecordSet);
@@ -54,15 +55,14 @@ std::expected<BackupManifestSectionV1, BackupGraphV1Error> BackupManifestSection
     return std::unexpected(BackupGraphV1Error::unsupportedCompression);
   }
   return BackupManifestSectionV1(std::move(identifier), std::move(manifestIdentifier),
-                                         std::move(libraryDomainIdentifier), ordinal, kind, compression,
-                                         std::move(records));
+                                 std::move(libraryDomainIdentifier), ordinal, kind, compression, std::move(records));
 }
 
 BackupManifestSectionV1::BackupManifestSectionV1(Bytes identifier, Bytes manifestIdentifier,
-                                                                 Bytes libraryDomainIdentifier, std::uint64_t ordinal,
-                                                                 BackupManifestSectionKindV1 kind,
-                                                                 BackupManifestCompressionV1 compression,
-                                                                 std::vector<BackupManifestRecordBlobV1> records)
+                                                 Bytes libraryDomainIdentifier, std::uint64_t ordinal,
+                                                 BackupManifestSectionKindV1 kind,
+                                                 BackupManifestCompressionV1 compression,
+                                                 std::vector<BackupManifestRecordBlobV1> records)
     : identifier_(std::move(identifier)),
       manifestIdentifier_(std::move(manifestIdentifier)),
       libraryDomainIdentifier_(std::move(libraryDomainIdentifier)),
@@ -103,8 +103,7 @@ std::uint64_t BackupManifestSectionV1::encodedByteCount() const {
   return byteCount;
 }
 
-std::expected<BackupManifestSectionV1, BackupGraphV1Error> BackupManifestSectionV1::decode(
-    ByteView plaintext) {
+std::expected<BackupManifestSectionV1, BackupGraphV1Error> BackupManifestSectionV1::decode(ByteView plaintext) {
   const auto section = CBOR::decodeRecordMap(plaintext, Limits::manifestSection,
                                              BackupFormatV1::manifestSectionSchemaIdentifier, lastKey);
   if (!section) return std::unexpected(section.error());

@@ -9,8 +9,8 @@
 
 #include "format/graph/BackupGraphV1Error.hpp"
 #include "format/graph/BackupManifestCompressionV1.hpp"
-#include "format/manifest/BackupManifestRecordBlobV1.hpp"
 #include "format/graph/BackupManifestSectionKindV1.hpp"
+#include "format/manifest/BackupManifestRecordBlobV1.hpp"
 #include "platform/Bytes.hpp"
 
 namespace galdrine::format {
@@ -42,16 +42,14 @@ class BackupManifestSectionV1 {
   // decode reads a section: the shape of every field and every record blob first
   // (malformedArtifact), then each blob's lengths (invalidRecordSet), then the rules of make.
   // Each record's bytes are copied exactly once, out of `plaintext`.
-  [[nodiscard]] static std::expected<BackupManifestSectionV1, BackupGraphV1Error> decode(
-      ByteView plaintext);
+  [[nodiscard]] static std::expected<BackupManifestSectionV1, BackupGraphV1Error> decode(ByteView plaintext);
 
   friend bool operator==(const BackupManifestSectionV1&, const BackupManifestSectionV1&) = default;
 
  private:
   BackupManifestSectionV1(Bytes identifier, Bytes manifestIdentifier, Bytes libraryDomainIdentifier,
-                                  std::uint64_t ordinal, BackupManifestSectionKindV1 kind,
-                                  BackupManifestCompressionV1 compression,
-                                  std::vector<BackupManifestRecordBlobV1> records);
+                          std::uint64_t ordinal, BackupManifestSectionKindV1 kind,
+                          BackupManifestCompressionV1 compression, std::vector<BackupManifestRecordBlobV1> records);
 
   Bytes identifier_;
   Bytes manifestIdentifier_;

@@ -2,9 +2,9 @@
 
 #include <utility>
 
-#include "format/header/BackupFormatV1.hpp"
 #include "format/graph/BackupGraphCBORV1.hpp"
 #include "format/graph/BackupGraphLimitsV1.hpp"
+#include "format/header/BackupFormatV1.hpp"
 
 namespace galdrine::format {
 
@@ -20,8 +20,8 @@ bool hasFieldShapes(const CBORBorrowedValue& snapshot) {
          CBOR::isTimestamp(CBOR::field(snapshot, 3)) &&
          BackupArtifactReferenceV1::hasCBORShape(CBOR::field(snapshot, 4)) &&
          CBOR::isByteString(CBOR::field(snapshot, 5)) && CBOR::isByteString(CBOR::field(snapshot, 6)) &&
-         BackupManifestCountsV1::hasCBORShape(CBOR::field(snapshot, 7)) &&
-         CBOR::isUnsigned(CBOR::field(snapshot, 8)) && CBOR::isUnsigned(CBOR::field(snapshot, 9));
+         BackupManifestCountsV1::hasCBORShape(CBOR::field(snapshot, 7)) && CBOR::isUnsigned(CBOR::field(snapshot, 8)) &&
+         CBOR::isUnsigned(CBOR::field(snapshot, 9));
 }
 
 }  // namespace
@@ -29,9 +29,9 @@ bool hasFieldShapes(const CBORBorrowedValue& snapshot) {
 std::expected<BackupSnapshotV1, BackupGraphV1Error> BackupSnapshotV1::make(
     Bytes identifier, Bytes libraryDomainIdentifier, std::int64_t createdAtUTCMilliseconds,
     BackupArtifactReferenceV1 manifest, Bytes manifestSectionSetSHA256, Bytes requiredPayloadSetSHA256,
-    BackupManifestCountsV1 counts, std::uint64_t logicalPlaintextByteCount,
-    std::uint64_t encryptedPayloadByteCount) {
-  if (identifier.size() != Limits::identifierByteCount || libraryDomainIdentifier.size() != Limits::identifierByteCount) {
+    BackupManifestCountsV1 counts, std::uint64_t logicalPlaintextByteCount, std::uint64_t encryptedPayloadByteCount) {
+  if (identifier.size() != Limits::identifierByteCount ||
+      libraryDomainIdentifier.size() != Limits::identifierByteCount) {
     return std::unexpected(BackupGraphV1Error::invalidIdentifier);
   }
   if (manifestSectionSetSHA256.size() != Limits::digestByteCount ||
@@ -42,18 +42,15 @@ std::expected<BackupSnapshotV1, BackupGraphV1Error> BackupSnapshotV1::make(
     return std::unexpected(BackupGraphV1Error::invalidCount);
   }
   return BackupSnapshotV1(std::move(identifier), std::move(libraryDomainIdentifier), createdAtUTCMilliseconds,
-                                  std::move(manifest), std::move(manifestSectionSetSHA256),
-                                  std::move(requiredPayloadSetSHA256), std::move(counts), logicalPlaintextByteCount,
-                                  encryptedPayloadByteCount);
+                          std::move(manifest), std::move(manifestSectionSetSHA256), std::move(requiredPayloadSetSHA256),
+                          std::move(counts), logicalPlaintextByteCount, encryptedPayloadByteCount);
 }
 
 BackupSnapshotV1::BackupSnapshotV1(Bytes identifier, Bytes libraryDomainIdentifier,
-                                                   std::int64_t createdAtUTCMilliseconds,
-                                                   BackupArtifactReferenceV1 manifest,
-                                                   Bytes manifestSectionSetSHA256, Bytes requiredPayloadSetSHA256,
-                                                   BackupManifestCountsV1 counts,
-                                                   std::uint64_t logicalPlaintextByteCount,
-                                                   std::uint64_t encryptedPayloadByteCount)
+                                   std::int64_t createdAtUTCMilliseconds, BackupArtifactReferenceV1 manifest,
+                                   Bytes manifestSectionSetSHA256, Bytes requiredPayloadSetSHA256,
+                                   BackupManifestCountsV1 counts, std::uint64_t logicalPlaintextByteCount,
+                                   std::uint64_t encryptedPayloadByteCount)
     : identifier_(std::move(identifier)),
       libraryDomainIdentifier_(std::move(libraryDomainIdentifier)),
       createdAtUTCMilliseconds_(createdAtUTCMilliseconds),
@@ -75,13 +72,12 @@ std::expected<Bytes, BackupGraphV1Error> BackupSnapshotV1::encoded() const {
   fields.emplace(7, counts_.cborValue());
   fields.emplace(8, CBORValue::unsignedInteger(logicalPlaintextByteCount_));
   fields.emplace(9, CBORValue::unsignedInteger(encryptedPayloadByteCount_));
-  return CBOR::encodeRecordMap(std::move(fields), BackupFormatV1::snapshotSchemaIdentifier,
-                               Limits::graphDescriptor);
+  return CBOR::encodeRecordMap(std::move(fields), BackupFormatV1::snapshotSchemaIdentifier, Limits::graphDescriptor);
 }
 
 std::expected<BackupSnapshotV1, BackupGraphV1Error> BackupSnapshotV1::decode(ByteView plaintext) {
-  const auto snapshot = CBOR::decodeRecordMap(plaintext, Limits::graphDescriptor,
-                                              BackupFormatV1::snapshotSchemaIdentifier, lastKey);
+  const auto snapshot =
+      CBOR::decodeRecordMap(plaintext, Limits::graphDescriptor, BackupFormatV1::snapshotSchemaIdentifier, lastKey);
   if (!snapshot) return std::unexpected(snapshot.error());
   if (!hasFieldShapes(*snapshot)) return std::unexpected(BackupGraphV1Error::malformedArtifact);
 

@@ -21,8 +21,7 @@ class BackupSnapshotV1 {
   [[nodiscard]] static std::expected<BackupSnapshotV1, BackupGraphV1Error> make(
       Bytes identifier, Bytes libraryDomainIdentifier, std::int64_t createdAtUTCMilliseconds,
       BackupArtifactReferenceV1 manifest, Bytes manifestSectionSetSHA256, Bytes requiredPayloadSetSHA256,
-      BackupManifestCountsV1 counts, std::uint64_t logicalPlaintextByteCount,
-      std::uint64_t encryptedPayloadByteCount);
+      BackupManifestCountsV1 counts, std::uint64_t logicalPlaintextByteCount, std::uint64_t encryptedPayloadByteCount);
 
   [[nodiscard]] const Bytes& identifier() const { return identifier_; }
   [[nodiscard]] const Bytes& libraryDomainIdentifier() const { return libraryDomainIdentifier_; }
@@ -44,9 +43,9 @@ class BackupSnapshotV1 {
 
  private:
   BackupSnapshotV1(Bytes identifier, Bytes libraryDomainIdentifier, std::int64_t createdAtUTCMilliseconds,
-                           BackupArtifactReferenceV1 manifest, Bytes manifestSectionSetSHA256,
-                           Bytes requiredPayloadSetSHA256, BackupManifestCountsV1 counts,
-                           std::uint64_t logicalPlaintextByteCount, std::uint64_t encryptedPayloadByteCount);
+                   BackupArtifactReferenceV1 manifest, Bytes manifestSectionSetSHA256, Bytes requiredPayloadSetSHA256,
+                   BackupManifestCountsV1 counts, std::uint64_t logicalPlaintextByteCount,
+                   std::uint64_t encryptedPayloadByteCount);
 
   Bytes identifier_;
   Bytes libraryDomainIdentifier_;

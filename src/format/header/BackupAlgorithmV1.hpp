@@ -31,4 +31,3 @@ struct RawValueTable<format::BackupAlgorithmV1> {
 };
 
 }  // namespace galdrine
-

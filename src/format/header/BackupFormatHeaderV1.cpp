@@ -45,9 +45,7 @@ constexpr std::array<LayoutCeiling, 4> layoutCeilings{{
 std::unexpected<Error> refuse(Error error) { return std::unexpected(error); }
 
 // The key set was checked before any field is read, so every lookup below finds its key.
-const CBORBorrowedValue& field(const CBORBorrowedValue& header, std::uint64_t key) {
-  return *header.find(key);
-}
+const CBORBorrowedValue& field(const CBORBorrowedValue& header, std::uint64_t key) { return *header.find(key); }
 
 std::expected<ByteView, Error> byteStringField(const CBORBorrowedValue& header, std::uint64_t key) {
   const auto bytes = field(header, key).asByteString();
@@ -55,16 +53,16 @@ std::expected<ByteView, Error> byteStringField(const CBORBorrowedValue& header, 
   return *bytes;
 }
 
-std::expected<void, Error> requireText(const CBORBorrowedValue& header, std::uint64_t key,
-                                       std::string_view expected, Error mismatch) {
+std::expected<void, Error> requireText(const CBORBorrowedValue& header, std::uint64_t key, std::string_view expected,
+                                       Error mismatch) {
   const auto text = field(header, key).asTextString();
   if (!text) return refuse(Error::invalidFieldType(key));
   if (*text != expected) return refuse(mismatch);
   return {};
 }
 
-std::expected<void, Error> requireVersion(const CBORBorrowedValue& header, std::uint64_t key,
-                                          std::uint64_t expected, Error (*mismatch)(std::uint64_t)) {
+std::expected<void, Error> requireVersion(const CBORBorrowedValue& header, std::uint64_t key, std::uint64_t expected,
+                                          Error (*mismatch)(std::uint64_t)) {
   const auto version = field(header, key).asUnsigned();
   if (!version) return refuse(Error::invalidFieldType(key));
   if (*version != expected) return refuse(mismatch(*version));
@@ -105,7 +103,8 @@ std::expected<ByteView, Error> checkedPackageIdentifier(const CBORBorrowedValue&
                                  Error::unsupportedFormatIdentifier());
       !checked)
     return std::unexpected(checked.error());
-  if (auto checked = requireText(header, headerSchemaKey, FormatV1::headerSchemaIdentifier, Error::unsupportedHeaderSchema());
+  if (auto checked =
+          requireText(header, headerSchemaKey, FormatV1::headerSchemaIdentifier, Error::unsupportedHeaderSchema());
       !checked)
     return std::unexpected(checked.error());
   if (auto checked = requireVersion(header, formatVersionKey, FormatV1::formatVersion, Error::unsupportedFormatVersion);
@@ -133,15 +132,13 @@ CBORValue text(std::string_view value) { return CBORValue::textString(std::strin
 
 }  // namespace
 
-std::expected<BackupFormatHeaderV1, BackupFormatHeaderV1Error> BackupFormatHeaderV1::make(
-    ByteView packageIdentifier) {
+std::expected<BackupFormatHeaderV1, BackupFormatHeaderV1Error> BackupFormatHeaderV1::make(ByteView packageIdentifier) {
   if (std::cmp_not_equal(packageIdentifier.size(), FormatV1::packageIdentifierByteCount))
     return refuse(Error::invalidPackageIdentifier());
   return BackupFormatHeaderV1(Bytes(packageIdentifier.begin(), packageIdentifier.end()));
 }
 
-std::expected<BackupFormatHeaderV1, BackupFormatHeaderV1Failure> BackupFormatHeaderV1::decode(
-    ByteView bytes) {
+std::expected<BackupFormatHeaderV1, BackupFormatHeaderV1Failure> BackupFormatHeaderV1::decode(ByteView bytes) {
   const auto header = DeterministicCBOR::decodeBorrowed(bytes, CBORLimits::formatHeader());
   if (!header) return std::unexpected(BackupFormatHeaderV1Failure(header.error()));
   const auto packageIdentifier = checkedPackageIdentifier(*header);

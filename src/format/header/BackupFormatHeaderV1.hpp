@@ -35,14 +35,24 @@ struct BackupFormatHeaderV1Error {
   Code code;
   std::uint64_t payload = 0;  // zero for the cases without one
 
-  static constexpr BackupFormatHeaderV1Error invalidFieldType(std::uint64_t key) { return {Code::invalidFieldType, key}; }
-  static constexpr BackupFormatHeaderV1Error unsupportedFormatVersion(std::uint64_t found) { return {Code::unsupportedFormatVersion, found}; }
-  static constexpr BackupFormatHeaderV1Error unsupportedMinimumReaderVersion(std::uint64_t found) { return {Code::unsupportedMinimumReaderVersion, found}; }
-  static constexpr BackupFormatHeaderV1Error incompatibleLayoutLimit(std::uint64_t key) { return {Code::incompatibleLayoutLimit, key}; }
+  static constexpr BackupFormatHeaderV1Error invalidFieldType(std::uint64_t key) {
+    return {Code::invalidFieldType, key};
+  }
+  static constexpr BackupFormatHeaderV1Error unsupportedFormatVersion(std::uint64_t found) {
+    return {Code::unsupportedFormatVersion, found};
+  }
+  static constexpr BackupFormatHeaderV1Error unsupportedMinimumReaderVersion(std::uint64_t found) {
+    return {Code::unsupportedMinimumReaderVersion, found};
+  }
+  static constexpr BackupFormatHeaderV1Error incompatibleLayoutLimit(std::uint64_t key) {
+    return {Code::incompatibleLayoutLimit, key};
+  }
   static constexpr BackupFormatHeaderV1Error invalidTopLevel() { return {Code::invalidTopLevel}; }
   static constexpr BackupFormatHeaderV1Error invalidFieldSet() { return {Code::invalidFieldSet}; }
   static constexpr BackupFormatHeaderV1Error invalidMagic() { return {Code::invalidMagic}; }
-  static constexpr BackupFormatHeaderV1Error unsupportedFormatIdentifier() { return {Code::unsupportedFormatIdentifier}; }
+  static constexpr BackupFormatHeaderV1Error unsupportedFormatIdentifier() {
+    return {Code::unsupportedFormatIdentifier};
+  }
   static constexpr BackupFormatHeaderV1Error unsupportedHeaderSchema() { return {Code::unsupportedHeaderSchema}; }
   static constexpr BackupFormatHeaderV1Error invalidPackageIdentifier() { return {Code::invalidPackageIdentifier}; }
   static constexpr BackupFormatHeaderV1Error unsupportedAlgorithmSuite() { return {Code::unsupportedAlgorithmSuite}; }
@@ -60,15 +70,13 @@ class BackupFormatHeaderV1 {
   static constexpr std::size_t encodedByteCount = 159;
 
   // make fails with invalidPackageIdentifier unless `packageIdentifier` has exactly 16 bytes.
-  [[nodiscard]] static std::expected<BackupFormatHeaderV1, BackupFormatHeaderV1Error> make(
-      ByteView packageIdentifier);
+  [[nodiscard]] static std::expected<BackupFormatHeaderV1, BackupFormatHeaderV1Error> make(ByteView packageIdentifier);
 
   // decode checks, in this order, and the first failure decides: the codec under the
   // formatHeader limits (its error unchanged), a map at the root, the key set exactly 0 to 11,
   // then keys 0 to 7 each for kind and value, then the ceilings under keys 8 to 11. Nothing is
   // kept of a header that failed.
-  [[nodiscard]] static std::expected<BackupFormatHeaderV1, BackupFormatHeaderV1Failure> decode(
-      ByteView bytes);
+  [[nodiscard]] static std::expected<BackupFormatHeaderV1, BackupFormatHeaderV1Failure> decode(ByteView bytes);
 
   [[nodiscard]] const Bytes& packageIdentifier() const { return packageIdentifier_; }
 

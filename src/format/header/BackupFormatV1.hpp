@@ -29,12 +29,14 @@ inline constexpr std::string_view snapshotSchemaIdentifier = "com.galdrine.backu
 inline constexpr std::string_view commitSchemaIdentifier = "com.galdrine.backup.commit.v1";
 inline constexpr std::string_view headSchemaIdentifier = "com.galdrine.backup.head.v1";
 inline constexpr std::string_view payloadKeyEnvelopeSchemaIdentifier = "com.galdrine.backup.payload-key-envelope.v1";
-inline constexpr std::string_view manifestPayloadKeyRecordSchemaIdentifier = "com.galdrine.backup.manifest.payload-key.v1";
+inline constexpr std::string_view manifestPayloadKeyRecordSchemaIdentifier =
+    "com.galdrine.backup.manifest.payload-key.v1";
 inline constexpr std::string_view manifestItemRecordSchemaIdentifier = "com.galdrine.backup.manifest.item.v1";
 inline constexpr std::string_view manifestResourceRecordSchemaIdentifier = "com.galdrine.backup.manifest.resource.v1";
 inline constexpr std::string_view manifestFolderRecordSchemaIdentifier = "com.galdrine.backup.manifest.folder.v1";
 inline constexpr std::string_view manifestAlbumRecordSchemaIdentifier = "com.galdrine.backup.manifest.album.v1";
-inline constexpr std::string_view manifestMembershipRecordSchemaIdentifier = "com.galdrine.backup.manifest.membership.v1";
+inline constexpr std::string_view manifestMembershipRecordSchemaIdentifier =
+    "com.galdrine.backup.manifest.membership.v1";
 inline constexpr std::string_view manifestTombstoneRecordSchemaIdentifier = "com.galdrine.backup.manifest.tombstone.v1";
 inline constexpr std::string_view requiredPayloadSetDigestDomain = "galdrine/backup/required-payload-set/v1";
 

@@ -1,9 +1,9 @@
 #include "format/header/PrototypeFormatHeader.hpp"
 
+#include <nlohmann/json.hpp>
+
 #include <cmath>
 #include <limits>
-
-#include <nlohmann/json.hpp>
 
 #include "platform/UTF8.hpp"
 

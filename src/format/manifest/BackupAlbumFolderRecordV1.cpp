@@ -28,8 +28,8 @@ std::expected<Record, Error> Record::make(const Fields& fields) {
 
 std::expected<Record, Error> Record::fromCBOR(const CBORBorrowedValue& value) {
   BackupManifestFieldReaderV1::Faults faults;
-  const auto reader = BackupManifestFieldReaderV1::forRecord(
-      faults, value, BackupFormatV1::manifestFolderRecordSchemaIdentifier, 4);
+  const auto reader =
+      BackupManifestFieldReaderV1::forRecord(faults, value, BackupFormatV1::manifestFolderRecordSchemaIdentifier, 4);
   const Fields fields{
       .identifier = reader.bytes(1),
       .parentFolderIdentifier = reader.optionalBytes(2),

@@ -30,8 +30,7 @@ class BackupAlbumFolderRecordV1 {
   // make checks, in this order: `identifier` and a present parent are 16 bytes
   // (invalidIdentifier); `name` is UTF-8 of 1 to 512 bytes, not only whitespace and line
   // breaks (invalidValue); the parent is not the folder itself (invalidValue).
-  [[nodiscard]] static std::expected<BackupAlbumFolderRecordV1, BackupManifestRecordV1Error> make(
-      const Fields& fields);
+  [[nodiscard]] static std::expected<BackupAlbumFolderRecordV1, BackupManifestRecordV1Error> make(const Fields& fields);
   // fromCBOR reads the decoded record map: its shape and field types (malformedRecord), signed
   // values beyond 64 bits (invalidValue), then the rules of make.
   [[nodiscard]] static std::expected<BackupAlbumFolderRecordV1, BackupManifestRecordV1Error> fromCBOR(
@@ -42,7 +41,9 @@ class BackupAlbumFolderRecordV1 {
   [[nodiscard]] ByteView sortKey() const { return identifier_; }
 
   [[nodiscard]] const BackupIdentifierV1& identifier() const { return identifier_; }
-  [[nodiscard]] const std::optional<BackupIdentifierV1>& parentFolderIdentifier() const { return parentFolderIdentifier_; }
+  [[nodiscard]] const std::optional<BackupIdentifierV1>& parentFolderIdentifier() const {
+    return parentFolderIdentifier_;
+  }
   [[nodiscard]] const std::string& name() const { return name_; }
   [[nodiscard]] std::int64_t manualPosition() const { return manualPosition_; }
 

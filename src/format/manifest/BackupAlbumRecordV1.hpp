@@ -54,7 +54,9 @@ class BackupAlbumRecordV1 {
   [[nodiscard]] ByteView sortKey() const { return identifier_; }
 
   [[nodiscard]] const BackupIdentifierV1& identifier() const { return identifier_; }
-  [[nodiscard]] const std::optional<BackupIdentifierV1>& parentFolderIdentifier() const { return parentFolderIdentifier_; }
+  [[nodiscard]] const std::optional<BackupIdentifierV1>& parentFolderIdentifier() const {
+    return parentFolderIdentifier_;
+  }
   [[nodiscard]] const std::string& name() const { return name_; }
   [[nodiscard]] const std::optional<BackupIdentifierV1>& coverItemIdentifier() const { return coverItemIdentifier_; }
   [[nodiscard]] BackupAlbumSortModeV1 sortMode() const { return sortMode_; }

@@ -66,7 +66,7 @@ class BackupFlatIndex {
   // always an empty slot, since the table is never full.
   std::size_t slotIndexFor(const Key& key) const {
     const std::size_t mask = slots_.size() - 1;
-    std::size_t index = BackupIdentifierHasher{}(key) & mask;
+    std::size_t index = BackupIdentifierHasher{}(key)&mask;
     while (slots_[index].position != empty && slots_[index].key != key) index = (index + 1) & mask;
     return index;
   }

@@ -5,8 +5,8 @@
 #include <cstddef>
 #include <expected>
 
-#include "format/manifest/BackupAlbumFolderRecordV1.hpp"
 #include "format/graph/BackupIdentifierV1.hpp"
+#include "format/manifest/BackupAlbumFolderRecordV1.hpp"
 #include "format/manifest/BackupManifestRecordV1Error.hpp"
 #include "format/manifest/BackupRecordSet.hpp"
 

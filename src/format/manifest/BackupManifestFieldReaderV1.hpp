@@ -16,9 +16,9 @@
 #include <vector>
 
 #include "format/cbor/CBORBorrowedValue.hpp"
-#include "platform/RawValue.hpp"
 #include "format/manifest/BackupManifestRecordV1Error.hpp"
 #include "platform/Bytes.hpp"
+#include "platform/RawValue.hpp"
 
 namespace galdrine::format {
 
@@ -32,10 +32,10 @@ class BackupManifestFieldReaderV1 {
   // forRecord reads a map whose key set is exactly {0, ..., lastKey} and whose key 0 is the
   // text `schema`; field k is then the map's value under key k.
   [[nodiscard]] static BackupManifestFieldReaderV1 forRecord(Faults& faults, const CBORBorrowedValue& value,
-                                                                     std::string_view schema, std::uint64_t lastKey);
+                                                             std::string_view schema, std::uint64_t lastKey);
   // forArray reads an array of exactly `itemCount` items; field k is the item at position k.
   [[nodiscard]] static BackupManifestFieldReaderV1 forArray(Faults& faults, const CBORBorrowedValue& value,
-                                                                    std::uint64_t itemCount);
+                                                            std::uint64_t itemCount);
 
   [[nodiscard]] ByteView bytes(std::uint64_t field) const;
   [[nodiscard]] std::optional<ByteView> optionalBytes(std::uint64_t field) const;
@@ -67,7 +67,7 @@ class BackupManifestFieldReaderV1 {
 
  private:
   BackupManifestFieldReaderV1(Faults& faults, const CBORBorrowedValue::Map* entries,
-                                      const CBORBorrowedValue::Array* items)
+                              const CBORBorrowedValue::Array* items)
       : faults_(&faults), entries_(entries), items_(items) {}
 
   // field gives the value of field k, or nothing (and a fault) when the shape was wrong.

@@ -34,7 +34,7 @@ bool isName(std::string_view name) {
 }
 
 std::optional<std::vector<BackupIdentifierV1>> ascendingIdentifiers(std::span<const ByteView> identifiers,
-                                                                          std::size_t maximumCount) {
+                                                                    std::size_t maximumCount) {
   if (identifiers.size() > maximumCount) return std::nullopt;
   std::vector<BackupIdentifierV1> checked;
   checked.reserve(identifiers.size());

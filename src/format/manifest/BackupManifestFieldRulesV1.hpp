@@ -36,7 +36,7 @@ inline constexpr std::size_t maximumResourceIdentifierCount = 8;
 // ascendingIdentifiers gives the identifiers when there are at most `maximumCount`, each is 16
 // bytes and each strictly follows the one before it; otherwise nothing.
 [[nodiscard]] std::optional<std::vector<BackupIdentifierV1>> ascendingIdentifiers(std::span<const ByteView> identifiers,
-                                                                                        std::size_t maximumCount);
+                                                                                  std::size_t maximumCount);
 
 }  // namespace BackupManifestFieldRulesV1
 

@@ -11,9 +11,9 @@
 #include <vector>
 
 #include "format/cbor/CBORValue.hpp"
-#include "platform/RawValue.hpp"
 #include "format/graph/BackupIdentifierV1.hpp"
 #include "platform/Bytes.hpp"
+#include "platform/RawValue.hpp"
 
 namespace galdrine::format {
 

@@ -18,10 +18,11 @@ bool isWithin(std::size_t byteCount, std::size_t minimum, std::size_t maximum) {
 
 }  // namespace
 
-std::expected<BackupManifestRecordBlobV1, BackupGraphV1Error> BackupManifestRecordBlobV1::make(
-    Bytes sortKey, Bytes canonicalRecord) {
+std::expected<BackupManifestRecordBlobV1, BackupGraphV1Error> BackupManifestRecordBlobV1::make(Bytes sortKey,
+                                                                                               Bytes canonicalRecord) {
   if (!isWithin(sortKey.size(), Limits::minimumSortKeyByteCount, Limits::maximumSortKeyByteCount) ||
-      !isWithin(canonicalRecord.size(), Limits::minimumCanonicalRecordByteCount, Limits::maximumCanonicalRecordByteCount)) {
+      !isWithin(canonicalRecord.size(), Limits::minimumCanonicalRecordByteCount,
+                Limits::maximumCanonicalRecordByteCount)) {
     return std::unexpected(BackupGraphV1Error::invalidRecordSet);
   }
   return BackupManifestRecordBlobV1(std::move(sortKey), std::move(canonicalRecord));
@@ -31,12 +32,12 @@ BackupManifestRecordBlobV1::BackupManifestRecordBlobV1(Bytes sortKey, Bytes cano
     : sortKey_(std::move(sortKey)), canonicalRecord_(std::move(canonicalRecord)) {}
 
 CBORValue BackupManifestRecordBlobV1::cborValue() const {
-  return CBORValue::array(
-      {CBORValue::byteString(sortKey_), CBORValue::byteString(canonicalRecord_)});
+  return CBORValue::array({CBORValue::byteString(sortKey_), CBORValue::byteString(canonicalRecord_)});
 }
 
 bool BackupManifestRecordBlobV1::hasCBORShape(const CBORBorrowedValue& value) {
-  return CBOR::isArrayOfCount(value, 2) && CBOR::isByteString(CBOR::item(value, 0)) && CBOR::isByteString(CBOR::item(value, 1));
+  return CBOR::isArrayOfCount(value, 2) && CBOR::isByteString(CBOR::item(value, 0)) &&
+         CBOR::isByteString(CBOR::item(value, 1));
 }
 
 std::expected<BackupManifestRecordBlobV1, BackupGraphV1Error> BackupManifestRecordBlobV1::fromCBOR(

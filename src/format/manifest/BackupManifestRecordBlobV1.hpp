@@ -15,8 +15,8 @@ namespace galdrine::format {
 class BackupManifestRecordBlobV1 {
  public:
   // make fails with invalidRecordSet when either length is outside its range.
-  [[nodiscard]] static std::expected<BackupManifestRecordBlobV1, BackupGraphV1Error> make(
-      Bytes sortKey, Bytes canonicalRecord);
+  [[nodiscard]] static std::expected<BackupManifestRecordBlobV1, BackupGraphV1Error> make(Bytes sortKey,
+                                                                                          Bytes canonicalRecord);
 
   [[nodiscard]] const Bytes& sortKey() const { return sortKey_; }
   [[nodiscard]] const Bytes& canonicalRecord() const { return canonicalRecord_; }

@@ -6,12 +6,12 @@
 #include <utility>
 
 #include "format/cbor/DeterministicCBOR.hpp"
-#include "format/header/BackupFormatV1.hpp"
-#include "format/sealing/BackupAuthenticatedDataV1.hpp"
 #include "format/graph/BackupManifestCompressionV1.hpp"
+#include "format/header/BackupFormatV1.hpp"
 #include "format/manifest/BackupManifestSemanticValidator.hpp"
-#include "platform/SecureMemory.hpp"
+#include "format/sealing/BackupAuthenticatedDataV1.hpp"
 #include "platform/ScopeGuard.hpp"
+#include "platform/SecureMemory.hpp"
 
 namespace galdrine::format {
 
@@ -32,13 +32,20 @@ std::expected<Record, Error> typedFromCBOR(const CBORBorrowedValue& value) {
 
 std::expected<Record, Error> recordFromCBOR(Kind kind, const CBORBorrowedValue& value) {
   switch (kind) {
-    case Kind::payloadKey: return typedFromCBOR<BackupPayloadKeyRecordV1>(value);
-    case Kind::item: return typedFromCBOR<BackupMediaItemRecordV1>(value);
-    case Kind::resource: return typedFromCBOR<BackupMediaResourceRecordV1>(value);
-    case Kind::folder: return typedFromCBOR<BackupAlbumFolderRecordV1>(value);
-    case Kind::album: return typedFromCBOR<BackupAlbumRecordV1>(value);
-    case Kind::membership: return typedFromCBOR<BackupAlbumMembershipRecordV1>(value);
-    case Kind::tombstone: return typedFromCBOR<BackupTombstoneRecordV1>(value);
+    case Kind::payloadKey:
+      return typedFromCBOR<BackupPayloadKeyRecordV1>(value);
+    case Kind::item:
+      return typedFromCBOR<BackupMediaItemRecordV1>(value);
+    case Kind::resource:
+      return typedFromCBOR<BackupMediaResourceRecordV1>(value);
+    case Kind::folder:
+      return typedFromCBOR<BackupAlbumFolderRecordV1>(value);
+    case Kind::album:
+      return typedFromCBOR<BackupAlbumRecordV1>(value);
+    case Kind::membership:
+      return typedFromCBOR<BackupAlbumMembershipRecordV1>(value);
+    case Kind::tombstone:
+      return typedFromCBOR<BackupTombstoneRecordV1>(value);
   }
   std::unreachable();
 }
@@ -156,8 +163,8 @@ std::expected<Blob, Error> recordBlob(const Record& record) {
 }
 
 std::expected<BackupManifestSectionV1, BackupManifestRecordCodecV1Failure> makeSection(
-    ByteView identifier, ByteView manifestIdentifier, ByteView libraryDomainIdentifier, std::uint64_t ordinal, Kind kind,
-    std::span<const Record> records) {
+    ByteView identifier, ByteView manifestIdentifier, ByteView libraryDomainIdentifier, std::uint64_t ordinal,
+    Kind kind, std::span<const Record> records) {
   const bool allOfKind = std::ranges::all_of(records, [kind](const Record& record) { return record.kind() == kind; });
   if (records.empty() || !allOfKind) return std::unexpected(Error::invalidRecordKind);
   std::vector<Blob> blobs;
@@ -167,13 +174,12 @@ std::expected<BackupManifestSectionV1, BackupManifestRecordCodecV1Failure> makeS
     if (!blob) return std::unexpected(blob.error());
     blobs.push_back(std::move(*blob));
   }
-  std::ranges::stable_sort(blobs, [](const Blob& left, const Blob& right) {
-    return ByteOrder::precedes(left.sortKey(), right.sortKey());
-  });
-  auto section = BackupManifestSectionV1::make(
-      Bytes(identifier.begin(), identifier.end()), Bytes(manifestIdentifier.begin(), manifestIdentifier.end()),
-      Bytes(libraryDomainIdentifier.begin(), libraryDomainIdentifier.end()), ordinal, kind,
-      BackupManifestCompressionV1::none, std::move(blobs));
+  std::ranges::stable_sort(
+      blobs, [](const Blob& left, const Blob& right) { return ByteOrder::precedes(left.sortKey(), right.sortKey()); });
+  auto section = BackupManifestSectionV1::make(Bytes(identifier.begin(), identifier.end()),
+                                               Bytes(manifestIdentifier.begin(), manifestIdentifier.end()),
+                                               Bytes(libraryDomainIdentifier.begin(), libraryDomainIdentifier.end()),
+                                               ordinal, kind, BackupManifestCompressionV1::none, std::move(blobs));
   if (!section) return std::unexpected(section.error());
   return std::move(*section);
 }
@@ -193,7 +199,8 @@ std::expected<KeyRecord, Error> wrapPayloadKey(ByteView key, ByteView keyIdentif
                                                ByteView boundIdentifier, ByteView packageIdentifier,
                                                ByteView libraryDomainIdentifier, ByteView bpmk,
                                                const AESGCMFrameV1::NonceSource& nonceSource) {
-  if (key.size() != payloadKeyByteCount || bpmk.size() != payloadKeyByteCount) return std::unexpected(Error::invalidKey);
+  if (key.size() != payloadKeyByteCount || bpmk.size() != payloadKeyByteCount)
+    return std::unexpected(Error::invalidKey);
   if (!areIdentifiers({keyIdentifier, boundIdentifier, packageIdentifier, libraryDomainIdentifier}))
     return std::unexpected(Error::invalidIdentifier);
   auto plaintext = envelopePlaintext(key, keyIdentifier, scope, boundIdentifier);
@@ -225,7 +232,7 @@ std::expected<BackupManifestSemanticSummary, Error> validateAndSummarize(
     std::span<const BackupManifestSectionV1> sections, ByteView packageIdentifier, ByteView libraryDomainIdentifier,
     ByteView bpmk) {
   return BackupManifestSemanticValidator::validateAndSummarize(sections, packageIdentifier, libraryDomainIdentifier,
-                                                                        bpmk);
+                                                               bpmk);
 }
 
 }  // namespace BackupManifestRecordCodecV1

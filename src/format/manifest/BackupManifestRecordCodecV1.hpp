@@ -14,14 +14,14 @@
 
 #include "format/cbor/CBORLimits.hpp"
 #include "format/graph/BackupGraphV1Error.hpp"
+#include "format/graph/BackupManifestSectionKindV1.hpp"
+#include "format/graph/BackupManifestSectionV1.hpp"
 #include "format/manifest/BackupManifestRecordBlobV1.hpp"
 #include "format/manifest/BackupManifestRecordV1.hpp"
 #include "format/manifest/BackupManifestRecordV1Error.hpp"
-#include "format/graph/BackupManifestSectionKindV1.hpp"
-#include "format/graph/BackupManifestSectionV1.hpp"
-#include "format/sealing/AESGCMFrameV1.hpp"
 #include "format/manifest/BackupManifestSemanticValidator.hpp"
 #include "format/manifest/BackupPayloadKeyRecordV1.hpp"
+#include "format/sealing/AESGCMFrameV1.hpp"
 #include "platform/Bytes.hpp"
 
 namespace galdrine::format {
@@ -83,9 +83,10 @@ inline constexpr std::size_t payloadKeyByteCount = 32;
 // package and library domain (verificationFailed); the envelope is well formed
 // (malformedRecord); it names the record's identifier, scope and bound identifier and holds 32
 // key bytes (verificationFailed). So a key record cannot be moved to another pack or resource.
-[[nodiscard]] std::expected<Bytes, BackupManifestRecordV1Error> unwrapPayloadKey(
-    const BackupPayloadKeyRecordV1& record, ByteView packageIdentifier, ByteView libraryDomainIdentifier,
-    ByteView bpmk);
+[[nodiscard]] std::expected<Bytes, BackupManifestRecordV1Error> unwrapPayloadKey(const BackupPayloadKeyRecordV1& record,
+                                                                                 ByteView packageIdentifier,
+                                                                                 ByteView libraryDomainIdentifier,
+                                                                                 ByteView bpmk);
 
 // validateAndSummarize checks the records of all sections of one manifest together; it is
 // BackupManifestSemanticValidator::validateAndSummarize.

@@ -7,10 +7,10 @@
 #include <variant>
 
 #include "format/cbor/CBORValue.hpp"
+#include "format/graph/BackupManifestSectionKindV1.hpp"
 #include "format/manifest/BackupAlbumFolderRecordV1.hpp"
 #include "format/manifest/BackupAlbumMembershipRecordV1.hpp"
 #include "format/manifest/BackupAlbumRecordV1.hpp"
-#include "format/graph/BackupManifestSectionKindV1.hpp"
 #include "format/manifest/BackupMediaItemRecordV1.hpp"
 #include "format/manifest/BackupMediaResourceRecordV1.hpp"
 #include "format/manifest/BackupPayloadKeyRecordV1.hpp"
@@ -22,9 +22,8 @@ namespace galdrine::format {
 class BackupManifestRecordV1 {
  public:
   // The alternatives stand in the order of the section kinds, so the index is the kind.
-  using Variant = std::variant<BackupPayloadKeyRecordV1, BackupMediaItemRecordV1,
-                               BackupMediaResourceRecordV1, BackupAlbumFolderRecordV1,
-                               BackupAlbumRecordV1, BackupAlbumMembershipRecordV1,
+  using Variant = std::variant<BackupPayloadKeyRecordV1, BackupMediaItemRecordV1, BackupMediaResourceRecordV1,
+                               BackupAlbumFolderRecordV1, BackupAlbumRecordV1, BackupAlbumMembershipRecordV1,
                                BackupTombstoneRecordV1>;
 
   BackupManifestRecordV1(BackupPayloadKeyRecordV1 record) : variant_(std::move(record)) {}

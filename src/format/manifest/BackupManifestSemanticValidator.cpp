@@ -1,9 +1,9 @@
 #include "format/manifest/BackupManifestSemanticValidator.hpp"
 
 #include <algorithm>
-#include <limits>
 #include <array>
 #include <cstdint>
+#include <limits>
 #include <utility>
 #include <vector>
 
@@ -43,7 +43,7 @@ bool keyFitsContainer(const KeyRecord& key, const Sets::ResourceFacts& resource,
 
 // ResourcesByItem lists, item by item, the positions of the resources that name each item.
 struct ResourcesByItem {
-  std::vector<std::size_t> starts;     // item i's resources are positions[starts[i] ... starts[i + 1])
+  std::vector<std::size_t> starts;  // item i's resources are positions[starts[i] ... starts[i + 1])
   std::vector<std::size_t> positions;
 
   ResourcesByItem(std::size_t itemCount, const std::vector<std::size_t>& itemOfResource)
@@ -51,7 +51,8 @@ struct ResourcesByItem {
     for (const std::size_t item : itemOfResource) ++starts[item + 1];
     for (std::size_t item = 0; item < itemCount; ++item) starts[item + 1] += starts[item];
     std::vector<std::size_t> next(starts.begin(), starts.end() - 1);
-    for (std::size_t resource = 0; resource < itemOfResource.size(); ++resource) positions[next[itemOfResource[resource]]++] = resource;
+    for (std::size_t resource = 0; resource < itemOfResource.size(); ++resource)
+      positions[next[itemOfResource[resource]]++] = resource;
   }
 
   [[nodiscard]] std::span<const std::size_t> of(std::size_t item) const {
@@ -95,7 +96,8 @@ class ManifestCheck {
   // Unwrapping proves that the package's master key wrapped every key; the keys are not kept.
   std::expected<void, Error> unwrapPayloadKeys() const {
     for (const KeyRecord& record : sets_.payloadKeys().records()) {
-      auto key = BackupManifestRecordCodecV1::unwrapPayloadKey(record, packageIdentifier_, libraryDomainIdentifier_, bpmk_);
+      auto key =
+          BackupManifestRecordCodecV1::unwrapPayloadKey(record, packageIdentifier_, libraryDomainIdentifier_, bpmk_);
       if (!key) return failure(key.error());
       platform::SecureMemory::wipe(*key);
     }
@@ -112,14 +114,16 @@ class ManifestCheck {
         return failure(Error::missingReference);
     }
     for (const auto& membership : sets_.memberships().records()) {
-      if (!sets_.albums().contains(membership.albumIdentifier()) || !sets_.items().contains(membership.itemIdentifier()))
+      if (!sets_.albums().contains(membership.albumIdentifier()) ||
+          !sets_.items().contains(membership.itemIdentifier()))
         return failure(Error::missingReference);
     }
     // A tombstone tells of what is gone: its item and resources cannot also be live.
     for (const auto& tombstone : sets_.tombstones().records()) {
       const auto& resources = tombstone.resourceIdentifiers();
       if (sets_.items().contains(tombstone.itemIdentifier()) ||
-          std::ranges::any_of(resources, [this](const Identifier& resource) { return sets_.resources().contains(resource); }))
+          std::ranges::any_of(resources,
+                              [this](const Identifier& resource) { return sets_.resources().contains(resource); }))
         return failure(Error::conflictingReference);
     }
     return {};
@@ -149,7 +153,8 @@ class ManifestCheck {
       return failure(Error::invalidRelationship);
     keyUsed_[*keyPosition] = true;
     for (const Placement& placement : placements) {
-      if (auto required = requiredPayloads_.require(placement, resource.payloadKeyIdentifier); !required) return required;
+      if (auto required = requiredPayloads_.require(placement, resource.payloadKeyIdentifier); !required)
+        return required;
     }
     return {};
   }
@@ -177,10 +182,14 @@ class ManifestCheck {
       return ByteOrder::precedes(left->identifier, right->identifier);
     });
     if (!std::equal(listed.begin(), listed.end(), naming.begin(),
-                    [](const Identifier& identifier, const Sets::ResourceFacts* resource) { return identifier == resource->identifier; }))
+                    [](const Identifier& identifier, const Sets::ResourceFacts* resource) {
+                      return identifier == resource->identifier;
+                    }))
       return failure(Error::missingReference);
 
-    const auto hasRole = [](Role role) { return [role](const Sets::ResourceFacts* resource) { return resource->role == role; }; };
+    const auto hasRole = [](Role role) {
+      return [role](const Sets::ResourceFacts* resource) { return resource->role == role; };
+    };
     const auto primaryCount = std::count_if(naming.begin(), namingEnd, hasRole(Role::primary));
     const auto pairedVideoCount = std::count_if(naming.begin(), namingEnd, hasRole(Role::pairedVideo));
     const std::ptrdiff_t expectedPairedVideoCount = item.kind == BackupMediaKindV1::livePhoto ? 1 : 0;

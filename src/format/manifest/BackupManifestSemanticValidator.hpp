@@ -9,9 +9,9 @@
 #include <expected>
 #include <span>
 
-#include "format/manifest/BackupManifestRecordV1Error.hpp"
-#include "format/graph/BackupManifestSectionV1.hpp"
 #include "format/graph/BackupManifestCountsV1.hpp"
+#include "format/graph/BackupManifestSectionV1.hpp"
+#include "format/manifest/BackupManifestRecordV1Error.hpp"
 #include "platform/Bytes.hpp"
 
 namespace galdrine::format {
@@ -19,7 +19,7 @@ namespace galdrine::format {
 // BackupManifestSemanticSummary is what a manifest that passed the semantic checks turned out
 // to hold. The caller compares it with what the root, the snapshot and the commit committed to.
 struct BackupManifestSemanticSummary {
-  BackupManifestCountsV1 counts;           // records read, by kind
+  BackupManifestCountsV1 counts;            // records read, by kind
   std::uint64_t logicalPlaintextByteCount;  // sum of all resources' plaintext sizes
   std::uint64_t encryptedPayloadByteCount;  // sum of the required payload files' sizes, each once
   Bytes requiredPayloadSetSHA256;           // 32 bytes: the digest of the required payload files

@@ -22,14 +22,15 @@ void Sets::reserve(std::span<const BackupManifestSectionV1> sections) {
 }
 
 std::expected<void, BackupManifestRecordV1Error> Sets::enter(BackupManifestRecordV1&& record) {
-  const bool entered = std::visit([this](auto&& typed) { return enterTyped(std::move(typed)); }, std::move(record).variant());
+  const bool entered =
+      std::visit([this](auto&& typed) { return enterTyped(std::move(typed)); }, std::move(record).variant());
   if (!entered) return std::unexpected(BackupManifestRecordV1Error::duplicateRecord);
   return {};
 }
 
 std::array<std::uint64_t, 7> Sets::counts() const {
-  return {payloadKeys_.size(), items_.size(), resources_.size(), folders_.size(), albums_.size(), memberships_.size(),
-          tombstones_.size()};
+  return {payloadKeys_.size(), items_.size(),       resources_.size(), folders_.size(),
+          albums_.size(),      memberships_.size(), tombstones_.size()};
 }
 
 bool Sets::enterTyped(BackupPayloadKeyRecordV1&& record) {

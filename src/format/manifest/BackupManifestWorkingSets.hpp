@@ -13,11 +13,11 @@
 #include <span>
 #include <vector>
 
-#include "format/manifest/BackupFolderHierarchy.hpp"
 #include "format/graph/BackupIdentifierV1.hpp"
+#include "format/graph/BackupManifestSectionV1.hpp"
+#include "format/manifest/BackupFolderHierarchy.hpp"
 #include "format/manifest/BackupManifestRecordV1.hpp"
 #include "format/manifest/BackupManifestRecordV1Error.hpp"
-#include "format/graph/BackupManifestSectionV1.hpp"
 #include "format/manifest/BackupRecordSet.hpp"
 #include "format/manifest/BackupRequiredPayloadSetV1.hpp"
 
@@ -28,7 +28,7 @@ class BackupManifestWorkingSets {
   struct ItemFacts {
     BackupIdentifierV1 identifier;
     BackupMediaKindV1 kind;
-    std::uint8_t resourceCount;          // 1 to 8
+    std::uint8_t resourceCount;         // 1 to 8
     std::size_t firstResourcePosition;  // into the listed identifiers
   };
 
@@ -38,7 +38,7 @@ class BackupManifestWorkingSets {
     BackupIdentifierV1 payloadKeyIdentifier;
     std::uint64_t plaintextByteCount;
     BackupMediaResourceRoleV1 role;
-    std::uint16_t partCount;          // 1 to 4,096
+    std::uint16_t partCount;        // 1 to 4,096
     std::size_t firstPartPosition;  // into the placements
   };
 
@@ -59,8 +59,8 @@ class BackupManifestWorkingSets {
   [[nodiscard]] const IdentifierSet<ResourceFacts>& resources() const { return resources_; }
   [[nodiscard]] const BackupFolderSet& folders() const { return folders_; }
   [[nodiscard]] const IdentifierSet<BackupAlbumRecordV1>& albums() const { return albums_; }
-  [[nodiscard]] const BackupRecordSet<BackupAlbumMembershipRecordV1::Key, BackupAlbumMembershipRecordV1>&
-  memberships() const {
+  [[nodiscard]] const BackupRecordSet<BackupAlbumMembershipRecordV1::Key, BackupAlbumMembershipRecordV1>& memberships()
+      const {
     return memberships_;
   }
   [[nodiscard]] const IdentifierSet<BackupTombstoneRecordV1>& tombstones() const { return tombstones_; }
@@ -70,7 +70,8 @@ class BackupManifestWorkingSets {
     return std::span(itemResourceIdentifiers_).subspan(item.firstResourcePosition, item.resourceCount);
   }
   // The placements of a resource's parts, in its order.
-  [[nodiscard]] std::span<const BackupRequiredPayloadSetV1::Placement> placementsOf(const ResourceFacts& resource) const {
+  [[nodiscard]] std::span<const BackupRequiredPayloadSetV1::Placement> placementsOf(
+      const ResourceFacts& resource) const {
     return std::span(partPlacements_).subspan(resource.firstPartPosition, resource.partCount);
   }
   [[nodiscard]] std::size_t partCount() const { return partPlacements_.size(); }

@@ -15,8 +15,7 @@ namespace {
 
 // Only sources that never had a file name may leave it empty.
 bool mayLackFilename(BackupMediaSourceTypeV1 sourceType) {
-  return sourceType == BackupMediaSourceTypeV1::shareExtension ||
-         sourceType == BackupMediaSourceTypeV1::privateCamera;
+  return sourceType == BackupMediaSourceTypeV1::shareExtension || sourceType == BackupMediaSourceTypeV1::privateCamera;
 }
 
 bool hasValidFilename(const Record::Fields& fields) {
@@ -34,7 +33,8 @@ bool hasValidTimeZone(std::optional<std::int64_t> seconds) {
 std::expected<Record, Error> Record::make(const Fields& fields) {
   const auto identifier = BackupManifestFieldRulesV1::identifier(fields.identifier);
   if (!identifier) return std::unexpected(identifier.error());
-  if (!hasValidFilename(fields) || !hasValidTimeZone(fields.displayTimeZoneSeconds)) return std::unexpected(Error::invalidValue);
+  if (!hasValidFilename(fields) || !hasValidTimeZone(fields.displayTimeZoneSeconds))
+    return std::unexpected(Error::invalidValue);
   const bool trashed = fields.lifecycle == BackupMediaLifecycleV1::trash;
   if (fields.trashDateUTCMilliseconds.has_value() != trashed) return std::unexpected(Error::invalidValue);
   auto resourceIdentifiers = BackupManifestFieldRulesV1::ascendingIdentifiers(

@@ -81,8 +81,7 @@ class BackupMediaItemRecordV1 {
   // private camera; it is valid UTF-8 of at most 1,024 bytes; a time zone lies within
   // +-64,800 seconds; a trash date is present exactly for a trashed item; there are 1 to 8
   // resource identifiers of 16 bytes in strictly ascending order.
-  [[nodiscard]] static std::expected<BackupMediaItemRecordV1, BackupManifestRecordV1Error> make(
-      const Fields& fields);
+  [[nodiscard]] static std::expected<BackupMediaItemRecordV1, BackupManifestRecordV1Error> make(const Fields& fields);
   // fromCBOR reads the decoded record map: its shape and field types (malformedRecord), signed
   // values beyond 64 bits (invalidValue), then the rules of make.
   [[nodiscard]] static std::expected<BackupMediaItemRecordV1, BackupManifestRecordV1Error> fromCBOR(

@@ -1,9 +1,9 @@
 #include "format/manifest/BackupMediaResourceRecordV1.hpp"
 
 #include <algorithm>
-#include <limits>
 #include <bit>
 #include <cmath>
+#include <limits>
 
 #include "format/header/BackupFormatV1.hpp"
 #include "format/manifest/BackupManifestFieldReaderV1.hpp"
@@ -65,7 +65,8 @@ bool isValidPackedPart(std::span<const Part> parts, ByteView plaintextSHA256) {
   if (parts.size() != 1) return false;
   const Part& part = parts.front();
   return part.plaintextOffset() == 0 && part.plaintextByteCount() <= Part::maximumPlaintextByteCount &&
-         ByteOrder::equal(part.plaintextSHA256(), plaintextSHA256) && part.artifactOrdinal() <= Record::maximumPackOrdinal;
+         ByteOrder::equal(part.plaintextSHA256(), plaintextSHA256) &&
+         part.artifactOrdinal() <= Record::maximumPackOrdinal;
 }
 
 bool areValidChunkParts(std::span<const Part> parts) {
@@ -82,7 +83,8 @@ std::expected<void, Error> Record::validateResourceParts(std::span<const Part> p
   for (std::size_t index = 0; index < parts.size(); ++index) {
     if (parts[index].ordinal() != index) return layoutFault();
   }
-  const bool allPacked = std::ranges::all_of(parts, [](const Part& part) { return part.container() == Container::pack; });
+  const bool allPacked =
+      std::ranges::all_of(parts, [](const Part& part) { return part.container() == Container::pack; });
   if (!allPacked && sharesAnArtifact(parts)) return layoutFault();
   if (!partsAreContiguous(parts, plaintextByteCount)) return layoutFault();
   if (parts.front().container() == Container::pack) {
@@ -102,8 +104,9 @@ std::expected<Record, Error> Record::make(const Fields& fields) {
   if (!payloadKeyIdentifier) return std::unexpected(payloadKeyIdentifier.error());
   const auto plaintextSHA256 = BackupManifestFieldRulesV1::digest(fields.plaintextSHA256);
   if (!plaintextSHA256) return std::unexpected(plaintextSHA256.error());
-  if (!hasValidUTI(fields.originalUTI) || fields.plaintextByteCount == 0 || fields.plaintextByteCount > maximumPlaintextByteCount ||
-      !hasValidPixels(fields.pixelWidth, fields.pixelHeight) || !hasValidDuration(fields.durationIEEE754Bits))
+  if (!hasValidUTI(fields.originalUTI) || fields.plaintextByteCount == 0 ||
+      fields.plaintextByteCount > maximumPlaintextByteCount || !hasValidPixels(fields.pixelWidth, fields.pixelHeight) ||
+      !hasValidDuration(fields.durationIEEE754Bits))
     return std::unexpected(Error::invalidValue);
   if (auto layout = validateResourceParts(fields.parts, fields.plaintextByteCount, *plaintextSHA256); !layout)
     return std::unexpected(layout.error());
@@ -125,8 +128,8 @@ std::expected<Record, Error> Record::make(const Fields& fields) {
 
 std::expected<Record, Error> Record::fromCBOR(const CBORBorrowedValue& value) {
   BackupManifestFieldReaderV1::Faults faults;
-  const auto reader = BackupManifestFieldReaderV1::forRecord(
-      faults, value, BackupFormatV1::manifestResourceRecordSchemaIdentifier, 11);
+  const auto reader =
+      BackupManifestFieldReaderV1::forRecord(faults, value, BackupFormatV1::manifestResourceRecordSchemaIdentifier, 11);
   const auto partValues = reader.items(11);
   std::vector<Part::Fields> partFields;
   partFields.reserve(partValues.size());

@@ -37,8 +37,7 @@ class BackupPayloadKeyRecordV1 {
 
   // make checks: `identifier` and `boundIdentifier` are 16 bytes (invalidIdentifier);
   // `wrappedKeyFrame` has 1 to 4,096 bytes (invalidKey).
-  [[nodiscard]] static std::expected<BackupPayloadKeyRecordV1, BackupManifestRecordV1Error> make(
-      const Fields& fields);
+  [[nodiscard]] static std::expected<BackupPayloadKeyRecordV1, BackupManifestRecordV1Error> make(const Fields& fields);
   // fromCBOR reads the decoded record map: its shape and field types (malformedRecord), then
   // the rules of make.
   [[nodiscard]] static std::expected<BackupPayloadKeyRecordV1, BackupManifestRecordV1Error> fromCBOR(

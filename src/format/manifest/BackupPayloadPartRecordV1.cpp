@@ -15,7 +15,8 @@ std::expected<Record, Error> Record::make(const Fields& fields) {
   if (!plaintextSHA256) return std::unexpected(plaintextSHA256.error());
   const auto artifactFileSHA256 = BackupManifestFieldRulesV1::digest(fields.artifactFileSHA256);
   if (!artifactFileSHA256) return std::unexpected(artifactFileSHA256.error());
-  if (fields.plaintextByteCount == 0 || fields.plaintextByteCount > maximumPlaintextByteCount || fields.artifactFileByteCount == 0)
+  if (fields.plaintextByteCount == 0 || fields.plaintextByteCount > maximumPlaintextByteCount ||
+      fields.artifactFileByteCount == 0)
     return std::unexpected(Error::invalidResourceLayout);
 
   Record record;

@@ -45,8 +45,7 @@ class BackupPayloadPartRecordV1 {
   // make checks, in this order: `artifactIdentifier` is 16 bytes (invalidIdentifier); both
   // digests are 32 bytes (invalidDigest); `plaintextByteCount` is 1 to 16,777,216 and
   // `artifactFileByteCount` is not 0 (invalidResourceLayout).
-  [[nodiscard]] static std::expected<BackupPayloadPartRecordV1, BackupManifestRecordV1Error> make(
-      const Fields& fields);
+  [[nodiscard]] static std::expected<BackupPayloadPartRecordV1, BackupManifestRecordV1Error> make(const Fields& fields);
   // readFields reads the 9-item array; faults go to the reader's record.
   [[nodiscard]] static Fields readFields(const BackupManifestFieldReaderV1& reader);
 

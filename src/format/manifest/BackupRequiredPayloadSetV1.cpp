@@ -1,8 +1,8 @@
 #include "format/manifest/BackupRequiredPayloadSetV1.hpp"
 
 #include <algorithm>
-#include <limits>
 #include <cstring>
+#include <limits>
 #include <numeric>
 #include <vector>
 
@@ -16,7 +16,8 @@ namespace {
 
 void updateBigEndian(platform::SHA256::Hasher& hasher, std::uint64_t value) {
   std::array<std::uint8_t, 8> bytes{};
-  for (std::size_t index = 0; index < bytes.size(); ++index) bytes[index] = static_cast<std::uint8_t>(value >> (56 - 8 * index));
+  for (std::size_t index = 0; index < bytes.size(); ++index)
+    bytes[index] = static_cast<std::uint8_t>(value >> (56 - 8 * index));
   hasher.update(bytes);
 }
 
@@ -37,7 +38,7 @@ bool BackupRequiredPayloadSetV1::occupy(std::size_t artifactPosition, std::uint6
 }
 
 std::expected<void, Error> BackupRequiredPayloadSetV1::require(const Placement& placement,
-                                                                       const BackupIdentifierV1& payloadKeyIdentifier) {
+                                                               const BackupIdentifierV1& payloadKeyIdentifier) {
   const RequiredArtifact artifact{
       .identifier = placement.artifactIdentifier,
       .container = placement.container,
@@ -49,7 +50,8 @@ std::expected<void, Error> BackupRequiredPayloadSetV1::require(const Placement& 
   if (position && artifacts_.records()[*position] != artifact) return std::unexpected(Error::conflictingReference);
   if (!position) {
     position = artifacts_.size();
-    if (!artifacts_.enter(artifact.identifier, RequiredArtifact(artifact))) return std::unexpected(Error::conflictingReference);
+    if (!artifacts_.enter(artifact.identifier, RequiredArtifact(artifact)))
+      return std::unexpected(Error::conflictingReference);
     lowPlaces_.push_back(0);
   }
   if (!occupy(*position, placement.artifactOrdinal)) return std::unexpected(Error::conflictingReference);
@@ -59,7 +61,8 @@ std::expected<void, Error> BackupRequiredPayloadSetV1::require(const Placement& 
 std::expected<std::uint64_t, Error> BackupRequiredPayloadSetV1::encryptedPayloadByteCount() const {
   std::uint64_t total = 0;
   for (const RequiredArtifact& artifact : artifacts_.records()) {
-    if (artifact.fileByteCount > std::numeric_limits<std::uint64_t>::max() - total) return std::unexpected(Error::arithmeticOverflow);
+    if (artifact.fileByteCount > std::numeric_limits<std::uint64_t>::max() - total)
+      return std::unexpected(Error::arithmeticOverflow);
     total += artifact.fileByteCount;
   }
   return total;

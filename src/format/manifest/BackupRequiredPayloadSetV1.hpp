@@ -8,8 +8,8 @@
 #include <expected>
 #include <vector>
 
-#include "format/manifest/BackupFlatIndex.hpp"
 #include "format/graph/BackupIdentifierV1.hpp"
+#include "format/manifest/BackupFlatIndex.hpp"
 #include "format/manifest/BackupManifestRecordV1Error.hpp"
 #include "format/manifest/BackupPayloadPartRecordV1.hpp"
 #include "format/manifest/BackupRecordSet.hpp"
@@ -74,8 +74,8 @@ class BackupRequiredPayloadSetV1 {
   [[nodiscard]] bool occupy(std::size_t artifactPosition, std::uint64_t artifactOrdinal);
 
   BackupRecordSet<BackupIdentifierV1, RequiredArtifact> artifacts_;
-  std::vector<std::uint32_t> lowPlaces_;             // by artifact position: bit k is place k
-  BackupFlatIndex<16> highPlaces_;         // artifact position and place, for places from 32
+  std::vector<std::uint32_t> lowPlaces_;  // by artifact position: bit k is place k
+  BackupFlatIndex<16> highPlaces_;        // artifact position and place, for places from 32
 };
 
 }  // namespace galdrine::format

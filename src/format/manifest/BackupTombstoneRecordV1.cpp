@@ -26,8 +26,8 @@ std::expected<Record, Error> Record::make(const Fields& fields) {
 
 std::expected<Record, Error> Record::fromCBOR(const CBORBorrowedValue& value) {
   BackupManifestFieldReaderV1::Faults faults;
-  const auto reader = BackupManifestFieldReaderV1::forRecord(
-      faults, value, BackupFormatV1::manifestTombstoneRecordSchemaIdentifier, 3);
+  const auto reader =
+      BackupManifestFieldReaderV1::forRecord(faults, value, BackupFormatV1::manifestTombstoneRecordSchemaIdentifier, 3);
   const std::vector<ByteView> resourceIdentifiers = reader.byteStrings(3);
   const Fields fields{
       .itemIdentifier = reader.bytes(1),

@@ -26,8 +26,7 @@ class BackupTombstoneRecordV1 {
 
   // make checks, in this order: `itemIdentifier` is 16 bytes (invalidIdentifier); at most 8
   // resource identifiers of 16 bytes in strictly ascending order (invalidValue).
-  [[nodiscard]] static std::expected<BackupTombstoneRecordV1, BackupManifestRecordV1Error> make(
-      const Fields& fields);
+  [[nodiscard]] static std::expected<BackupTombstoneRecordV1, BackupManifestRecordV1Error> make(const Fields& fields);
   // fromCBOR reads the decoded record map: its shape and field types (malformedRecord), signed
   // values beyond 64 bits (invalidValue), then the rules of make.
   [[nodiscard]] static std::expected<BackupTombstoneRecordV1, BackupManifestRecordV1Error> fromCBOR(

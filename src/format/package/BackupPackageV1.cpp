@@ -36,26 +36,27 @@ template <typename LowerError>
 }
 
 [[nodiscard]] bool isDirectoryAndNoLink(const fs::path& path) {
-  struct stat status{};
+  struct stat status {};
   return ::lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
 // somethingStandsAt is true for any entry at all, a dangling symbolic link included.
 [[nodiscard]] bool somethingStandsAt(const fs::path& path) {
-  struct stat status{};
+  struct stat status {};
   return ::lstat(path.c_str(), &status) == 0;
 }
 
 // requireRegularFile gives the entry's status if it is a regular file and no symbolic link.
 [[nodiscard]] std::expected<struct stat, Failure> requireRegularFile(const fs::path& path, std::string_view name) {
-  struct stat status{};
+  struct stat status {};
   if (::lstat(path.c_str(), &status) != 0) return lastFileError();
   if (!S_ISREG(status.st_mode)) return failure(Error::invalidRootEntry(name));
   return status;
 }
 
 [[nodiscard]] bool isRootEntryName(std::string_view name) {
-  return name == Package::formatHeaderName || name == Package::keyEnvelopesName || name == Package::convenienceHeadName ||
+  return name == Package::formatHeaderName || name == Package::keyEnvelopesName ||
+         name == Package::convenienceHeadName ||
          std::ranges::find(Package::requiredDirectoryNames, name) != Package::requiredDirectoryNames.end();
 }
 
@@ -66,10 +67,12 @@ template <typename LowerError>
 // isAcceptableRootEntrySet: only names of the closed list, and every required one among them.
 [[nodiscard]] bool isAcceptableRootEntrySet(const std::vector<std::string>& names) {
   return std::ranges::all_of(names, isRootEntryName) && contains(names, Package::formatHeaderName) &&
-         std::ranges::all_of(Package::requiredDirectoryNames, [&](std::string_view name) { return contains(names, name); });
+         std::ranges::all_of(Package::requiredDirectoryNames,
+                             [&](std::string_view name) { return contains(names, name); });
 }
 
-[[nodiscard]] std::expected<void, Failure> requireRootEntryKinds(const fs::path& root, const std::vector<std::string>& names) {
+[[nodiscard]] std::expected<void, Failure> requireRootEntryKinds(const fs::path& root,
+                                                                 const std::vector<std::string>& names) {
   for (const std::string_view name : Package::requiredDirectoryNames) {
     if (!isDirectoryAndNoLink(root / name)) return failure(Error::invalidRootEntry(name));
   }
@@ -92,7 +95,7 @@ template <typename LowerError>
   // O_NONBLOCK: a FIFO swapped in after the check must not stall the open.
   auto file = platform::FileDescriptor::open(path, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
   if (!file) return failure(file.error());
-  struct stat opened{};
+  struct stat opened {};
   if (::fstat(file->get(), &opened) != 0) return lastFileError();
   if (!S_ISREG(opened.st_mode)) return failure(Error::invalidRootEntry(Package::formatHeaderName));
   auto bytes = platform::Files::readUpTo(file->get(), Package::maximumHeaderByteCount + 1);

@@ -28,7 +28,7 @@ namespace galdrine::format {
 // carries a payload, the name of the root entry at fault.
 struct BackupPackageV1Error {
   enum class Code : std::uint8_t {
-    invalidRootEntry,          // payload: the entry's name
+    invalidRootEntry,  // payload: the entry's name
     invalidPackageExtension,
     destinationAlreadyExists,
     invalidParentDirectory,
@@ -41,7 +41,9 @@ struct BackupPackageV1Error {
   Code code;
   std::string entryName;  // empty for the cases without one
 
-  static BackupPackageV1Error invalidRootEntry(std::string_view name) { return {Code::invalidRootEntry, std::string(name)}; }
+  static BackupPackageV1Error invalidRootEntry(std::string_view name) {
+    return {Code::invalidRootEntry, std::string(name)};
+  }
   static BackupPackageV1Error invalidPackageExtension() { return {Code::invalidPackageExtension, {}}; }
   static BackupPackageV1Error destinationAlreadyExists() { return {Code::destinationAlreadyExists, {}}; }
   static BackupPackageV1Error invalidParentDirectory() { return {Code::invalidParentDirectory, {}}; }

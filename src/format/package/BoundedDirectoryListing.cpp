@@ -36,13 +36,14 @@ using DirectoryStream = std::unique_ptr<DIR, DirectoryStreamClose>;
   if (!descriptor) return std::unexpected(Error::directoryUnavailable());
   DirectoryStream stream(::fdopendir(descriptor->get()));
   if (!stream) return std::unexpected(Error::directoryUnavailable());  // the descriptor closes itself
-  (void)descriptor->release();                                          // the stream owns it now
+  (void)descriptor->release();                                         // the stream owns it now
   return stream;
 }
 
 }  // namespace
 
-std::expected<std::vector<std::string>, Error> names(const std::filesystem::path& directory, std::int64_t maximumCount) {
+std::expected<std::vector<std::string>, Error> names(const std::filesystem::path& directory,
+                                                     std::int64_t maximumCount) {
   static constexpr std::array<std::string_view, 1> everyName{""};
   return names(directory, maximumCount, everyName);
 }

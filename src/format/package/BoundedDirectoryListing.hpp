@@ -36,7 +36,9 @@ struct BoundedDirectoryListingError {
   Code code;
   std::int64_t maximumCount = 0;  // zero for the cases without one
 
-  static constexpr BoundedDirectoryListingError limitExceeded(std::int64_t maximumCount) { return {Code::limitExceeded, maximumCount}; }
+  static constexpr BoundedDirectoryListingError limitExceeded(std::int64_t maximumCount) {
+    return {Code::limitExceeded, maximumCount};
+  }
   static constexpr BoundedDirectoryListingError invalidMaximumCount() { return {Code::invalidMaximumCount}; }
   static constexpr BoundedDirectoryListingError directoryUnavailable() { return {Code::directoryUnavailable}; }
   static constexpr BoundedDirectoryListingError invalidEntryName() { return {Code::invalidEntryName}; }

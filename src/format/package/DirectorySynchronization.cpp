@@ -33,14 +33,14 @@ std::expected<Outcome, Error> outcomeOfFailedCall(std::int32_t errorNumber) {
 }
 
 std::expected<Outcome, Error> synchronizeAfterMutation(int descriptor) {
-  struct stat status{};
+  struct stat status {};
   if (::fstat(descriptor, &status) != 0 || !S_ISDIR(status.st_mode)) return std::unexpected(Error::invalidDirectory());
   if (::fsync(descriptor) != 0) return outcomeOfFailedCall(errno);
   return Outcome::synchronized;
 }
 
 std::expected<Outcome, Error> synchronizeAfterMutation(const std::filesystem::path& directory) {
-  struct stat status{};
+  struct stat status {};
   // lstat, so that a symbolic link is refused here rather than followed.
   if (::lstat(directory.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
     return std::unexpected(Error::invalidDirectory());

@@ -27,10 +27,13 @@ struct DirectorySynchronizationError {
   Code code;
   std::int32_t errorNumber = 0;  // zero for invalidDirectory
 
-  static constexpr DirectorySynchronizationError systemCallFailed(std::int32_t errorNumber) { return {Code::systemCallFailed, errorNumber}; }
+  static constexpr DirectorySynchronizationError systemCallFailed(std::int32_t errorNumber) {
+    return {Code::systemCallFailed, errorNumber};
+  }
   static constexpr DirectorySynchronizationError invalidDirectory() { return {Code::invalidDirectory}; }
 
-  friend constexpr bool operator==(const DirectorySynchronizationError&, const DirectorySynchronizationError&) = default;
+  friend constexpr bool operator==(const DirectorySynchronizationError&,
+                                   const DirectorySynchronizationError&) = default;
 };
 
 namespace DirectorySynchronization {
@@ -39,13 +42,13 @@ namespace DirectorySynchronization {
 // link (else invalidDirectory). It is opened without following links and synchronised by
 // descriptor; an open refused with an errno of the provider set gives delegatedToFileProvider,
 // any other failed open gives systemCallFailed with the errno.
-[[nodiscard]] std::expected<DirectorySynchronizationOutcome, DirectorySynchronizationError>
-synchronizeAfterMutation(const std::filesystem::path& directory);
+[[nodiscard]] std::expected<DirectorySynchronizationOutcome, DirectorySynchronizationError> synchronizeAfterMutation(
+    const std::filesystem::path& directory);
 
 // synchronizeAfterMutation(descriptor): the descriptor must be open on a directory (else
 // invalidDirectory); it stays open. A failed fsync is judged by outcomeOfFailedCall.
-[[nodiscard]] std::expected<DirectorySynchronizationOutcome, DirectorySynchronizationError>
-synchronizeAfterMutation(int descriptor);
+[[nodiscard]] std::expected<DirectorySynchronizationOutcome, DirectorySynchronizationError> synchronizeAfterMutation(
+    int descriptor);
 
 // providerOwnsDirectoryDurability tells whether an errno is one a provider-managed volume gives
 // for a directory it will not synchronise: EACCES, EBADF, EINVAL, ENOSYS, ENOTSUP,
@@ -54,8 +57,8 @@ synchronizeAfterMutation(int descriptor);
 
 // outcomeOfFailedCall is the decision taken on a failed open or fsync of the directory: an
 // errno of the provider set gives delegatedToFileProvider, any other systemCallFailed.
-[[nodiscard]] std::expected<DirectorySynchronizationOutcome, DirectorySynchronizationError>
-outcomeOfFailedCall(std::int32_t errorNumber);
+[[nodiscard]] std::expected<DirectorySynchronizationOutcome, DirectorySynchronizationError> outcomeOfFailedCall(
+    std::int32_t errorNumber);
 
 }  // namespace DirectorySynchronization
 

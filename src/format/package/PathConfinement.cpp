@@ -31,17 +31,19 @@ using Error = PathConfinementError;
 
 }  // namespace
 
-std::expected<void, Error> requireExistingDirectoryWithoutUntrustedSymbolicLinks(const std::filesystem::path& directory) {
+std::expected<void, Error> requireExistingDirectoryWithoutUntrustedSymbolicLinks(
+    const std::filesystem::path& directory) {
   if (directory.empty() || !directory.is_absolute()) return std::unexpected(Error::invalidPath);
   const std::filesystem::path standardized = platform::FilePath::standardized(directory);
-  if (!standardized.native().starts_with('/') || *standardized.begin() != "/") return std::unexpected(Error::invalidPath);
+  if (!standardized.native().starts_with('/') || *standardized.begin() != "/")
+    return std::unexpected(Error::invalidPath);
 
   auto current = platform::FileDescriptor::openDirectory("/");
   if (!current) return std::unexpected(Error::unavailableDirectory);
   bool isFirstComponent = true;
   for (auto component = std::next(standardized.begin()); component != standardized.end(); ++component) {
     if (!isWalkableComponent(*component)) return std::unexpected(Error::invalidPath);
-    struct stat status{};
+    struct stat status {};
     if (::fstatat(current->get(), component->c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
       return std::unexpected(Error::unavailableDirectory);
     }

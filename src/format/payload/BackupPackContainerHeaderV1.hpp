@@ -27,8 +27,7 @@ struct BackupPackContainerHeaderV1 {
   // decode reads exactly 48 bytes (anything else is invalidArtifact); a wrong magic, a version
   // other than 1 or a reserved field other than 0 is unsupportedContainer. The counts are not
   // judged here: that is validate's work.
-  [[nodiscard]] static std::expected<BackupPackContainerHeaderV1, BackupPayloadV1Error> decode(
-      ByteView bytes);
+  [[nodiscard]] static std::expected<BackupPackContainerHeaderV1, BackupPayloadV1Error> decode(ByteView bytes);
 
   // validate checks the counts against each other and against the file's length: an entry
   // count of 1 to 32, a non-empty entry area, an index frame of 1 to 66,560 bytes, and
@@ -36,8 +35,7 @@ struct BackupPackContainerHeaderV1 {
   // invalidArtifact.
   [[nodiscard]] std::expected<void, BackupPayloadV1Error> validate(std::uint64_t fileByteCount) const;
 
-  friend bool operator==(const BackupPackContainerHeaderV1&,
-                         const BackupPackContainerHeaderV1&) = default;
+  friend bool operator==(const BackupPackContainerHeaderV1&, const BackupPackContainerHeaderV1&) = default;
 };
 
 }  // namespace galdrine::format

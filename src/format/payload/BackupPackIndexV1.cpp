@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <string>
 
-#include "format/header/BackupFormatV1.hpp"
 #include "format/cbor/DeterministicCBOR.hpp"
+#include "format/header/BackupFormatV1.hpp"
 #include "format/payload/BackupPayloadV1.hpp"
 
 namespace galdrine::format {
@@ -94,8 +94,8 @@ constexpr std::size_t entryItemCount = 7;
 }
 
 // requireHeaderAgreement checks the index's own fields, in key order, against the header.
-[[nodiscard]] std::expected<std::uint64_t, Error> requireHeaderAgreement(
-    const Borrowed& index, const BackupPackContainerHeaderV1& header) {
+[[nodiscard]] std::expected<std::uint64_t, Error> requireHeaderAgreement(const Borrowed& index,
+                                                                         const BackupPackContainerHeaderV1& header) {
   if (!index.hasKeysZeroThrough(entriesKey)) return malformed();
   const auto schema = index.find(schemaKey)->asTextString();
   const auto segmentIdentifier = index.find(segmentIdentifierKey)->asByteString();
@@ -114,8 +114,7 @@ constexpr std::size_t entryItemCount = 7;
 
 namespace BackupPackIndexV1 {
 
-std::expected<Bytes, CBORError> encoded(const BackupPackContainerHeaderV1& header,
-                                                const Contents& contents) {
+std::expected<Bytes, CBORError> encoded(const BackupPackContainerHeaderV1& header, const Contents& contents) {
   Value::Array entries;
   entries.reserve(contents.entries.size());
   for (const Entry& entry : contents.entries) entries.push_back(entryValue(entry));

@@ -29,7 +29,7 @@ struct Contents {
 // encoded gives the index of a segment with `header` and `contents`; a codec failure (which a
 // segment within its limits cannot cause) is passed on.
 [[nodiscard]] std::expected<Bytes, CBORError> encoded(const BackupPackContainerHeaderV1& header,
-                                                              const Contents& contents);
+                                                      const Contents& contents);
 
 // decode reads an authenticated index and holds it to `header`. Every fault is malformedIndex:
 // a codec failure under `limits`; not a map of exactly the keys 0 to 5; another schema; a
@@ -39,8 +39,8 @@ struct Contents {
 // 16,778,240 bytes, a plaintext of at most 16 MiB and 32-byte digests; pairwise different
 // identifiers; plaintext counts that sum to the total. Frame offsets are judged against the
 // prefixes, not here.
-[[nodiscard]] std::expected<Contents, BackupPayloadV1Error> decode(
-    ByteView plaintext, const BackupPackContainerHeaderV1& header);
+[[nodiscard]] std::expected<Contents, BackupPayloadV1Error> decode(ByteView plaintext,
+                                                                   const BackupPackContainerHeaderV1& header);
 
 }  // namespace BackupPackIndexV1
 

@@ -55,9 +55,8 @@ BackupPayloadFile::ReadBuffer::ReadBuffer(ReadBuffer&& other) noexcept
       byteCount_(std::exchange(other.byteCount_, 0)),
       mapped_(std::exchange(other.mapped_, false)) {}
 
-std::expected<BackupPayloadFile, Error> BackupPayloadFile::open(int directory,
-                                                                                    const std::filesystem::path& name,
-                                                                                    std::uint64_t maximumByteCount) {
+std::expected<BackupPayloadFile, Error> BackupPayloadFile::open(int directory, const std::filesystem::path& name,
+                                                                std::uint64_t maximumByteCount) {
   auto descriptor = platform::FileDescriptor::openAt(directory, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
   if (!descriptor) return invalidArtifact();
   struct stat status {};
@@ -67,8 +66,7 @@ std::expected<BackupPayloadFile, Error> BackupPayloadFile::open(int directory,
   return BackupPayloadFile(std::move(*descriptor), static_cast<std::uint64_t>(status.st_size));
 }
 
-std::expected<void, Error> BackupPayloadFile::readInto(std::uint64_t offset,
-                                                                 std::span<std::uint8_t> bytes) const {
+std::expected<void, Error> BackupPayloadFile::readInto(std::uint64_t offset, std::span<std::uint8_t> bytes) const {
   if (offset > byteCount_ || bytes.size() > byteCount_ - offset) return invalidArtifact();
   std::size_t heldByteCount = 0;
   while (heldByteCount < bytes.size()) {
@@ -81,8 +79,8 @@ std::expected<void, Error> BackupPayloadFile::readInto(std::uint64_t offset,
   return {};
 }
 
-std::expected<BackupPayloadFile::HashedRead, Error> BackupPayloadFile::readHashed(
-    std::uint64_t offset, std::uint64_t byteCount) const {
+std::expected<BackupPayloadFile::HashedRead, Error> BackupPayloadFile::readHashed(std::uint64_t offset,
+                                                                                  std::uint64_t byteCount) const {
   if (offset > byteCount_ || byteCount > byteCount_ - offset) return invalidArtifact();
   ReadBuffer buffer(static_cast<std::size_t>(byteCount));
   platform::SHA256::Hasher hasher;

@@ -55,19 +55,20 @@ class BackupPayloadFile {
   // open opens `name` under `directory` (AT_FDCWD for a path) read-only and non-blocking, so a
   // FIFO put in a file's place cannot stall it, and keeps it only if it is a regular file of
   // at most `maximumByteCount` bytes.
-  [[nodiscard]] static std::expected<BackupPayloadFile, BackupPayloadV1Error> open(
-      int directory, const std::filesystem::path& name, std::uint64_t maximumByteCount);
+  [[nodiscard]] static std::expected<BackupPayloadFile, BackupPayloadV1Error> open(int directory,
+                                                                                   const std::filesystem::path& name,
+                                                                                   std::uint64_t maximumByteCount);
 
   [[nodiscard]] std::uint64_t byteCount() const { return byteCount_; }
 
   // readInto fills all of `bytes` from `offset`; a range past the length or a short read fails.
   [[nodiscard]] std::expected<void, BackupPayloadV1Error> readInto(std::uint64_t offset,
-                                                                           std::span<std::uint8_t> bytes) const;
+                                                                   std::span<std::uint8_t> bytes) const;
 
   // readHashed gives exactly `byteCount` bytes from `offset`, allocated only once the range is
   // known to lie inside the file, and their digest.
   [[nodiscard]] std::expected<HashedRead, BackupPayloadV1Error> readHashed(std::uint64_t offset,
-                                                                                   std::uint64_t byteCount) const;
+                                                                           std::uint64_t byteCount) const;
 
  private:
   BackupPayloadFile(platform::FileDescriptor descriptor, std::uint64_t byteCount)

@@ -61,7 +61,7 @@ std::expected<StagingFile, Failure> StagingFile::create(const std::filesystem::p
 }
 
 StagingFile::BackupPayloadStagingFile(platform::FileDescriptor directory, platform::FileDescriptor file,
-                                                std::string finalName, std::string stagingName)
+                                      std::string finalName, std::string stagingName)
     : directory_(std::move(directory)),
       file_(std::move(file)),
       finalName_(std::move(finalName)),
@@ -90,8 +90,7 @@ std::expected<void, Failure> StagingFile::overwriteStart(ByteView bytes) {
 }
 
 std::expected<void, Failure> StagingFile::makeDurable() {
-  if (auto synchronized = passed(platform::Files::synchronizeFile(file_.get())); !synchronized)
-    return synchronized;
+  if (auto synchronized = passed(platform::Files::synchronizeFile(file_.get())); !synchronized) return synchronized;
   if (auto closed = passed(file_.close()); !closed) return closed;
   return synchronizeDirectory();
 }

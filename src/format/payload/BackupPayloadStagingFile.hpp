@@ -48,8 +48,8 @@ class BackupPayloadStagingFile {
   [[nodiscard]] const std::string& finalName() const { return finalName_; }
 
  private:
-  BackupPayloadStagingFile(platform::FileDescriptor directory, platform::FileDescriptor file,
-                                     std::string finalName, std::string stagingName);
+  BackupPayloadStagingFile(platform::FileDescriptor directory, platform::FileDescriptor file, std::string finalName,
+                           std::string stagingName);
 
   [[nodiscard]] std::expected<void, BackupPayloadV1Failure> synchronizeDirectory() const;
 

@@ -38,8 +38,7 @@ using File = BackupPayloadFile;
 constexpr std::size_t uuidTextByteCount = 36;
 
 [[nodiscard]] std::expected<std::string, Error> fileName(ByteView identifier, std::string_view extension) {
-  if (identifier.size() != BackupPayloadV1::identifierByteCount)
-    return std::unexpected(Error::invalidIdentifier());
+  if (identifier.size() != BackupPayloadV1::identifierByteCount) return std::unexpected(Error::invalidIdentifier());
   return ByteText::lowerHex(identifier) + "." + std::string(extension);
 }
 
@@ -61,8 +60,8 @@ constexpr std::size_t uuidTextByteCount = 36;
 [[nodiscard]] std::string_view finalNameOf(std::string_view name) {
   const std::size_t suffixByteCount = 1 + uuidTextByteCount + BackupPayloadV1::stagingNameSuffix.size();
   if (!name.ends_with(BackupPayloadV1::stagingNameSuffix) || name.size() <= suffixByteCount) return name;
-  const std::string_view uuid = name.substr(
-      name.size() - BackupPayloadV1::stagingNameSuffix.size() - uuidTextByteCount, uuidTextByteCount);
+  const std::string_view uuid =
+      name.substr(name.size() - BackupPayloadV1::stagingNameSuffix.size() - uuidTextByteCount, uuidTextByteCount);
   if (name[name.size() - suffixByteCount] != '.' || !isLowerCaseUUIDText(uuid)) return name;
   return name.substr(0, name.size() - suffixByteCount);
 }
@@ -160,9 +159,9 @@ struct OpenedIndex {
   const auto authenticatedData = BackupPayloadV1Detail::authenticatedData(
       BackupAADDomainV1::packIndex, scope, header.segmentIdentifier, BackupFormatV1::packIndexOrdinal);
   if (!authenticatedData) return std::unexpected(authenticatedData.error());
-  const auto plaintext = AESGCMFrameV1::open(
-      frame->bytes.view(), scope.key, *authenticatedData,
-      static_cast<std::int64_t>(BackupFormatV1::maximumPackIndexPlaintextByteCount));
+  const auto plaintext =
+      AESGCMFrameV1::open(frame->bytes.view(), scope.key, *authenticatedData,
+                          static_cast<std::int64_t>(BackupFormatV1::maximumPackIndexPlaintextByteCount));
   if (!plaintext) return refuse(Error::verificationFailed());
   auto contents = BackupPackIndexV1::decode(*plaintext, header);
   if (!contents) return std::unexpected(contents.error());
@@ -187,8 +186,8 @@ std::expected<void, Error> validateKeyAndDomains(const KeyScope& scope) {
 
 std::expected<Bytes, Error> authenticatedData(BackupAADDomainV1 domain, const KeyScope& scope,
                                               ByteView artifactIdentifier, std::uint64_t ordinal) {
-  const auto data = BackupAuthenticatedDataV1::make(
-      domain, scope.packageIdentifier, scope.libraryDomainIdentifier, artifactIdentifier, ordinal, std::nullopt);
+  const auto data = BackupAuthenticatedDataV1::make(domain, scope.packageIdentifier, scope.libraryDomainIdentifier,
+                                                    artifactIdentifier, ordinal, std::nullopt);
   if (!data) return std::unexpected(Error::invalidIdentifier());
   auto encoded = data->encoded();
   if (!encoded) return std::unexpected(Error::invalidIdentifier());  // valid fields never fail to encode
@@ -198,8 +197,7 @@ std::expected<Bytes, Error> authenticatedData(BackupAADDomainV1 domain, const Ke
 std::expected<InspectedPackSegment, Error> inspectPackSegmentAt(int directory, const fs::path& name,
                                                                 const KeyScope& scope) {
   if (auto checked = validateKeyAndDomains(scope); !checked) return std::unexpected(checked.error());
-  const auto nameIdentifier =
-      identifierSpelledBy(name.filename().native(), BackupFormatV1::packSegmentFileExtension);
+  const auto nameIdentifier = identifierSpelledBy(name.filename().native(), BackupFormatV1::packSegmentFileExtension);
   if (!nameIdentifier) return refuse(Error::invalidArtifactName());
 
   auto file = File::open(directory, name, BackupPayloadV1::maximumSegmentFileByteCount);
@@ -207,8 +205,7 @@ std::expected<InspectedPackSegment, Error> inspectPackSegmentAt(int directory, c
   const auto header = readHeader(*file);
   if (!header) return std::unexpected(header.error());
   // The header names the segment the index is sealed for; the file's name must name the same.
-  if (!ByteOrder::equal(header->segmentIdentifier, *nameIdentifier))
-    return refuse(Error::invalidArtifactName());
+  if (!ByteOrder::equal(header->segmentIdentifier, *nameIdentifier)) return refuse(Error::invalidArtifactName());
 
   auto index = openIndex(*file, *header, scope);
   if (!index) return std::unexpected(index.error());
@@ -237,15 +234,15 @@ std::expected<Bytes, Error> openInspectedEntry(const InspectedPackSegment& segme
                            {entry.frameSHA256, entry.plaintextByteCount, entry.plaintextSHA256});
 }
 
-std::expected<Bytes, Error> openResourceChunkAt(int directory, const fs::path& name, const BackupResourceChunkDescriptorV1& descriptor,
+std::expected<Bytes, Error> openResourceChunkAt(int directory, const fs::path& name,
+                                                const BackupResourceChunkDescriptorV1& descriptor,
                                                 const KeyScope& scope) {
   if (auto checked = validateKeyAndDomains(scope); !checked) return std::unexpected(checked.error());
   if (descriptor.frameByteCount > BackupPayloadV1::maximumChunkFrameByteCount ||
       descriptor.plaintextByteCount > BackupFormatV1::maximumStandaloneChunkPlaintextByteCount)
     return refuse(Error::invalidArtifact());
   if (!BackupPayloadV1::resourceChunkFileName(descriptor.identifier)) return refuse(Error::invalidIdentifier());
-  const auto nameIdentifier =
-      identifierSpelledBy(name.filename().native(), BackupFormatV1::resourceChunkFileExtension);
+  const auto nameIdentifier = identifierSpelledBy(name.filename().native(), BackupFormatV1::resourceChunkFileExtension);
   if (!nameIdentifier || *nameIdentifier != descriptor.identifier) return refuse(Error::invalidArtifactName());
 
   // The descriptor's frame byte count bounds the file, so a longer file fails before any read.
@@ -253,8 +250,8 @@ std::expected<Bytes, Error> openResourceChunkAt(int directory, const fs::path& n
   if (!file) return std::unexpected(file.error());
   const auto frame = file->readHashed(0, descriptor.frameByteCount);
   if (!frame) return std::unexpected(frame.error());
-  const auto authenticatedData = BackupPayloadV1Detail::authenticatedData(
-      BackupAADDomainV1::resourceChunk, scope, descriptor.identifier, descriptor.ordinal);
+  const auto authenticatedData = BackupPayloadV1Detail::authenticatedData(BackupAADDomainV1::resourceChunk, scope,
+                                                                          descriptor.identifier, descriptor.ordinal);
   if (!authenticatedData) return std::unexpected(authenticatedData.error());
   return openExpectedFrame(*frame, scope.key, *authenticatedData,
                            BackupFormatV1::maximumStandaloneChunkPlaintextByteCount,
@@ -279,12 +276,10 @@ std::expected<Bytes, std::int32_t> generateRandomKey() {
   return key;
 }
 
-std::expected<BackupPackSegmentDescriptorV1, Error> inspectPackSegment(const fs::path& path,
-                                                                       ByteView packageIdentifier,
+std::expected<BackupPackSegmentDescriptorV1, Error> inspectPackSegment(const fs::path& path, ByteView packageIdentifier,
                                                                        ByteView libraryDomainIdentifier,
                                                                        ByteView segmentKey) {
-  auto segment =
-      inspectPackSegmentAt(AT_FDCWD, path, scopeOf(packageIdentifier, libraryDomainIdentifier, segmentKey));
+  auto segment = inspectPackSegmentAt(AT_FDCWD, path, scopeOf(packageIdentifier, libraryDomainIdentifier, segmentKey));
   if (!segment) return std::unexpected(segment.error());
   return std::move(segment->descriptor);
 }
@@ -299,8 +294,7 @@ std::expected<Bytes, Error> openPackEntry(ByteView identifier, const fs::path& p
   return openInspectedEntry(*segment, *entry, scope);
 }
 
-std::expected<BackupPackSegmentDescriptorV1, Error> verifyPackSegment(const fs::path& path,
-                                                                      ByteView packageIdentifier,
+std::expected<BackupPackSegmentDescriptorV1, Error> verifyPackSegment(const fs::path& path, ByteView packageIdentifier,
                                                                       ByteView libraryDomainIdentifier,
                                                                       ByteView segmentKey) {
   const KeyScope scope = scopeOf(packageIdentifier, libraryDomainIdentifier, segmentKey);

@@ -123,8 +123,7 @@ struct BackupPackEntryDescriptorV1 {
   platform::SHA256Digest plaintextSHA256{};
   platform::SHA256Digest frameSHA256{};
 
-  friend bool operator==(const BackupPackEntryDescriptorV1&,
-                         const BackupPackEntryDescriptorV1&) = default;
+  friend bool operator==(const BackupPackEntryDescriptorV1&, const BackupPackEntryDescriptorV1&) = default;
 };
 
 // BackupPackSegmentDescriptorV1 is what a pack segment holds, as its authenticated
@@ -147,8 +146,7 @@ struct BackupPackSegmentDescriptorV1 {
     return found == entries.end() ? nullptr : &*found;
   }
 
-  friend bool operator==(const BackupPackSegmentDescriptorV1&,
-                         const BackupPackSegmentDescriptorV1&) = default;
+  friend bool operator==(const BackupPackSegmentDescriptorV1&, const BackupPackSegmentDescriptorV1&) = default;
 };
 
 // BackupResourceChunkDescriptorV1 names one resource chunk file and authenticates its
@@ -164,8 +162,7 @@ struct BackupResourceChunkDescriptorV1 {
   platform::SHA256Digest plaintextSHA256{};
   platform::SHA256Digest frameSHA256{};
 
-  friend bool operator==(const BackupResourceChunkDescriptorV1&,
-                         const BackupResourceChunkDescriptorV1&) = default;
+  friend bool operator==(const BackupResourceChunkDescriptorV1&, const BackupResourceChunkDescriptorV1&) = default;
 };
 
 namespace BackupPayloadV1 {
@@ -244,10 +241,10 @@ static_assert(maximumSegmentFileByteCount == 67209264);
 // frame's digest, the frame's opening, and the plaintext's length and digest all agree with
 // the index (else verificationFailed).
 [[nodiscard]] std::expected<Bytes, BackupPayloadV1Error> openPackEntry(ByteView identifier,
-                                                                               const std::filesystem::path& path,
-                                                                               ByteView packageIdentifier,
-                                                                               ByteView libraryDomainIdentifier,
-                                                                               ByteView segmentKey);
+                                                                       const std::filesystem::path& path,
+                                                                       ByteView packageIdentifier,
+                                                                       ByteView libraryDomainIdentifier,
+                                                                       ByteView segmentKey);
 
 // verifyPackSegment inspects the segment once and opens every entry as openPackEntry does, one
 // at a time; it gives the descriptor only if all of them open.
@@ -282,8 +279,8 @@ static_assert(maximumSegmentFileByteCount == 67209264);
 // opening with the descriptor's ordinal, and the plaintext's length and digest
 // (verificationFailed). The frame is read once, into one buffer, and decrypted once.
 [[nodiscard]] std::expected<Bytes, BackupPayloadV1Error> openResourceChunk(
-    const std::filesystem::path& path, const BackupResourceChunkDescriptorV1& descriptor,
-    ByteView packageIdentifier, ByteView libraryDomainIdentifier, ByteView resourceKey);
+    const std::filesystem::path& path, const BackupResourceChunkDescriptorV1& descriptor, ByteView packageIdentifier,
+    ByteView libraryDomainIdentifier, ByteView resourceKey);
 
 }  // namespace BackupPayloadV1
 

@@ -50,8 +50,9 @@ struct InspectedPackSegment {
 // openInspectedEntry reads and opens one entry of an inspected segment: one positioned read of
 // its frame, whose digest, opening, plaintext length and plaintext digest must agree with the
 // index (else verificationFailed).
-[[nodiscard]] std::expected<Bytes, BackupPayloadV1Error> openInspectedEntry(
-    const InspectedPackSegment& segment, const BackupPackEntryDescriptorV1& entry, const KeyScope& scope);
+[[nodiscard]] std::expected<Bytes, BackupPayloadV1Error> openInspectedEntry(const InspectedPackSegment& segment,
+                                                                            const BackupPackEntryDescriptorV1& entry,
+                                                                            const KeyScope& scope);
 
 // openResourceChunkAt is openResourceChunk for `name` under `directory`.
 [[nodiscard]] std::expected<Bytes, BackupPayloadV1Error> openResourceChunkAt(

@@ -5,14 +5,14 @@
 #include <array>
 #include <cerrno>
 
-#include "format/sealing/AESGCMFrameV1.hpp"
 #include "format/payload/BackupPackContainerHeaderV1.hpp"
 #include "format/payload/BackupPackIndexV1.hpp"
 #include "format/payload/BackupPayloadStagingFile.hpp"
 #include "format/payload/BackupPayloadV1.hpp"
 #include "format/payload/BackupPayloadV1Detail.hpp"
-#include "platform/SecureMemory.hpp"
+#include "format/sealing/AESGCMFrameV1.hpp"
 #include "platform/FilePath.hpp"
+#include "platform/SecureMemory.hpp"
 
 namespace galdrine::format {
 
@@ -67,8 +67,7 @@ template <typename LowerError>
       return std::unexpected(Error::plaintextLimitExceeded());
   }
   for (const Input& entry : entries) total += entry.plaintext.size();
-  if (total > BackupFormatV1::maximumSegmentPlaintextByteCount)
-    return std::unexpected(Error::segmentLimitExceeded());
+  if (total > BackupFormatV1::maximumSegmentPlaintextByteCount) return std::unexpected(Error::segmentLimitExceeded());
   return total;
 }
 
@@ -83,8 +82,7 @@ template <typename LowerError>
 // seal fails only when the random source or the cipher does, since key and size were checked.
 [[nodiscard]] std::expected<Bytes, Failure> seal(ByteView plaintext, ByteView key, ByteView authenticatedData,
                                                  std::uint64_t plaintextLimit) {
-  auto frame =
-      AESGCMFrameV1::seal(plaintext, key, authenticatedData, static_cast<std::int64_t>(plaintextLimit));
+  auto frame = AESGCMFrameV1::seal(plaintext, key, authenticatedData, static_cast<std::int64_t>(plaintextLimit));
   if (!frame) return failure(platform::FileError{EIO});
   return std::move(*frame);
 }
@@ -105,8 +103,8 @@ template <typename LowerError>
   const auto authenticatedData =
       Detail::authenticatedData(BackupAADDomainV1::packEntry, scope, input.identifier, ordinal);
   if (!authenticatedData) return failure(authenticatedData.error());
-  const auto frame = seal(input.plaintext, scope.key, *authenticatedData,
-                          BackupFormatV1::maximumPackedResourcePlaintextByteCount);
+  const auto frame =
+      seal(input.plaintext, scope.key, *authenticatedData, BackupFormatV1::maximumPackedResourcePlaintextByteCount);
   if (!frame) return std::unexpected(frame.error());
   const Entry entry{input.identifier,
                     ordinal,
@@ -125,8 +123,8 @@ template <typename LowerError>
                                                         const KeyScope& scope) {
   const auto index = BackupPackIndexV1::encoded(header, contents);
   if (!index) return failure(Error::malformedIndex());  // a segment within its limits always encodes
-  const auto authenticatedData = Detail::authenticatedData(
-      BackupAADDomainV1::packIndex, scope, header.segmentIdentifier, BackupFormatV1::packIndexOrdinal);
+  const auto authenticatedData = Detail::authenticatedData(BackupAADDomainV1::packIndex, scope,
+                                                           header.segmentIdentifier, BackupFormatV1::packIndexOrdinal);
   if (!authenticatedData) return failure(authenticatedData.error());
   return seal(*index, scope.key, *authenticatedData, BackupFormatV1::maximumPackIndexPlaintextByteCount);
 }
@@ -203,8 +201,7 @@ struct SealedChunk {
   const auto authenticatedData =
       Detail::authenticatedData(BackupAADDomainV1::resourceChunk, scope, chunkIdentifier, ordinal);
   if (!authenticatedData) return failure(authenticatedData.error());
-  auto frame =
-      seal(plaintext, scope.key, *authenticatedData, BackupFormatV1::maximumStandaloneChunkPlaintextByteCount);
+  auto frame = seal(plaintext, scope.key, *authenticatedData, BackupFormatV1::maximumStandaloneChunkPlaintextByteCount);
   if (!frame) return std::unexpected(frame.error());
   ChunkDescriptor descriptor{Bytes(chunkIdentifier.begin(), chunkIdentifier.end()),
                              ordinal,

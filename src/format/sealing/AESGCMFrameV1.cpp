@@ -29,11 +29,17 @@ enum FrameKey : std::uint64_t {
 };
 constexpr std::uint64_t frameKeyCount = 6;
 
-enum MajorType : std::uint8_t { unsignedMajorType = 0, byteStringMajorType = 2, textStringMajorType = 3, mapMajorType = 5 };
+enum MajorType : std::uint8_t {
+  unsignedMajorType = 0,
+  byteStringMajorType = 2,
+  textStringMajorType = 3,
+  mapMajorType = 5
+};
 
 std::unexpected<Error> refuse(Error error) { return std::unexpected(error); }
 
-std::expected<void, Error> checkCommonInput(ByteView key, ByteView authenticatedData, std::int64_t maximumPlaintextByteCount) {
+std::expected<void, Error> checkCommonInput(ByteView key, ByteView authenticatedData,
+                                            std::int64_t maximumPlaintextByteCount) {
   if (key.size() != AESGCMFrameV1::keyByteCount) return refuse(Error::invalidKeyByteCount());
   if (authenticatedData.empty()) return refuse(Error::emptyAuthenticatedData());
   // Read as unsigned, a negative limit is above the largest one.
@@ -72,7 +78,8 @@ LaidOutFrame layOutFrame(ByteView nonce, std::size_t plaintextByteCount) {
   bytes.insert(bytes.end(), nonce.begin(), nonce.end());
   appendHead(bytes, unsignedMajorType, ciphertextKey);
   appendHead(bytes, byteStringMajorType, plaintextByteCount);
-  constexpr std::size_t largestTrailerByteCount = 2 + tagByteCount + 1 + 9;  // tag key and head, tag, count key and head
+  constexpr std::size_t largestTrailerByteCount =
+      2 + tagByteCount + 1 + 9;  // tag key and head, tag, count key and head
   bytes.reserve(bytes.size() + plaintextByteCount + largestTrailerByteCount);
   frame.ciphertextOffset = bytes.size();
   bytes.resize(bytes.size() + plaintextByteCount);

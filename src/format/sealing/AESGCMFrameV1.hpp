@@ -17,8 +17,8 @@
 #include <string_view>
 #include <variant>
 
-#include "format/header/BackupFormatV1.hpp"
 #include "format/cbor/CBORError.hpp"
+#include "format/header/BackupFormatV1.hpp"
 #include "platform/Bytes.hpp"
 
 namespace galdrine::format {
@@ -44,7 +44,9 @@ struct AESGCMFrameV1Error {
   Code code;
   std::uint64_t payload = 0;  // zero for the cases without one
 
-  static constexpr AESGCMFrameV1Error invalidFrameFieldType(std::uint64_t key) { return {Code::invalidFrameFieldType, key}; }
+  static constexpr AESGCMFrameV1Error invalidFrameFieldType(std::uint64_t key) {
+    return {Code::invalidFrameFieldType, key};
+  }
   static constexpr AESGCMFrameV1Error invalidKeyByteCount() { return {Code::invalidKeyByteCount}; }
   static constexpr AESGCMFrameV1Error invalidNonceByteCount() { return {Code::invalidNonceByteCount}; }
   static constexpr AESGCMFrameV1Error emptyAuthenticatedData() { return {Code::emptyAuthenticatedData}; }
@@ -115,8 +117,7 @@ class NonceSource {
 // (plaintextLengthMismatch). Only then is it decrypted. No plaintext byte leaves unless the tag
 // verified: a wrong key, wrong authenticated data and a damaged frame all read as
 // authenticationFailed.
-[[nodiscard]] std::expected<Bytes, AESGCMFrameV1Error> open(ByteView frame, ByteView key,
-                                                            ByteView authenticatedData,
+[[nodiscard]] std::expected<Bytes, AESGCMFrameV1Error> open(ByteView frame, ByteView key, ByteView authenticatedData,
                                                             std::int64_t maximumPlaintextByteCount);
 
 }  // namespace AESGCMFrameV1

@@ -46,4 +46,3 @@ struct RawValueTable<format::BackupAADDomainV1> {
 };
 
 }  // namespace galdrine
-

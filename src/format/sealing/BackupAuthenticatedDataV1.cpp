@@ -19,8 +19,7 @@ Bytes copied(ByteView bytes) { return Bytes(bytes.begin(), bytes.end()); }
 
 // Only the two master key envelopes are bound to the header, their slot and their KDF.
 bool requiresEnvelopeBinding(BackupAADDomainV1 domain) {
-  return domain == BackupAADDomainV1::bpmkPassphraseEnvelope ||
-         domain == BackupAADDomainV1::bpmkRecoveryEnvelope;
+  return domain == BackupAADDomainV1::bpmkPassphraseEnvelope || domain == BackupAADDomainV1::bpmkRecoveryEnvelope;
 }
 
 CBORValue text(std::string_view value) { return CBORValue::textString(std::string(value)); }

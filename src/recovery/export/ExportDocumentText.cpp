@@ -1,13 +1,13 @@
 #include "recovery/export/ExportDocumentText.hpp"
 
+#include <nlohmann/json.hpp>
+
 #include <cmath>
 #include <cstdint>
 #include <limits>
 #include <optional>
 #include <utility>
 #include <vector>
-
-#include <nlohmann/json.hpp>
 
 #include "platform/JSONText.hpp"
 #include "platform/SHA256.hpp"
@@ -169,7 +169,9 @@ class ObjectReader {
   std::uint64_t unsignedInteger(const char* key) { return required(key, &ObjectReader::unsignedIntegerOf); }
 
   std::optional<std::string> optionalText(const char* key) { return optional(key, &ObjectReader::textOf); }
-  std::optional<std::int64_t> optionalSignedInteger(const char* key) { return optional(key, &ObjectReader::signedIntegerOf); }
+  std::optional<std::int64_t> optionalSignedInteger(const char* key) {
+    return optional(key, &ObjectReader::signedIntegerOf);
+  }
   std::optional<std::uint64_t> optionalUnsignedInteger(const char* key) {
     return optional(key, &ObjectReader::unsignedIntegerOf);
   }
@@ -229,7 +231,8 @@ class ObjectReader {
     const auto found = object_.find(key);
     if (found == object_.end() || found->is_null()) {
       if (isRequired) {
-        fail(found == object_.end() ? platform::JSONDocumentError::keyNotFound : platform::JSONDocumentError::valueNotFound);
+        fail(found == object_.end() ? platform::JSONDocumentError::keyNotFound
+                                    : platform::JSONDocumentError::valueNotFound);
       }
       return nullptr;
     }
@@ -411,7 +414,8 @@ ReportV1 readReport(ObjectReader& reader) {
 // decoded parses the text without exceptions (a parse error gives a discarded value) and reads
 // the root object with `readDocument`.
 template <typename Document>
-std::expected<Document, platform::JSONDocumentError> decoded(std::string_view text, Document (*readDocument)(ObjectReader&)) {
+std::expected<Document, platform::JSONDocumentError> decoded(std::string_view text,
+                                                             Document (*readDocument)(ObjectReader&)) {
   const JSON json = JSON::parse(text, nullptr, false);
   if (json.is_discarded()) return std::unexpected(platform::JSONDocumentError::dataCorrupted);
   ObjectReader reader(json);

@@ -32,10 +32,14 @@ constexpr std::string_view fallbackExtension = "bin";
 
 [[nodiscard]] std::string_view roleWord(format::BackupMediaResourceRoleV1 role) {
   switch (role) {
-    case format::BackupMediaResourceRoleV1::primary: return "current";
-    case format::BackupMediaResourceRoleV1::pairedVideo: return "motion";
-    case format::BackupMediaResourceRoleV1::original: return "original";
-    case format::BackupMediaResourceRoleV1::rendered: return "rendered";
+    case format::BackupMediaResourceRoleV1::primary:
+      return "current";
+    case format::BackupMediaResourceRoleV1::pairedVideo:
+      return "motion";
+    case format::BackupMediaResourceRoleV1::original:
+      return "original";
+    case format::BackupMediaResourceRoleV1::rendered:
+      return "rendered";
   }
   std::unreachable();
 }
@@ -91,7 +95,8 @@ constexpr std::string_view fallbackExtension = "bin";
 // preferredStem is the stem with its substitute for emptiness, its guard against device names
 // and its role word, before it is cut to length.
 [[nodiscard]] std::string preferredStem(std::string_view cleanedStem, const format::BackupMediaItemRecordV1& item,
-                                        const format::BackupMediaResourceRecordV1& resource, bool hasMultipleResources) {
+                                        const format::BackupMediaResourceRecordV1& resource,
+                                        bool hasMultipleResources) {
   std::string stem(cleanedStem);
   if (stem.empty()) stem = item.kind() == format::BackupMediaKindV1::video ? "Video" : "Photo";
   if (isReservedDeviceName(stem)) stem.insert(stem.begin(), '_');
@@ -110,11 +115,13 @@ std::expected<std::string, Error> preferredFilename(const format::BackupMediaIte
   const auto cleaned = cleanedName(item.originalFilename());
   if (!cleaned) return std::unexpected(cleaned.error());
   const platform::FileNameParts parts = platform::FileNameParts::split(*cleaned);
-  const auto stem = truncated(preferredStem(parts.stem, item, resource, hasMultipleResources), maximumStemUTF8ByteCount);
+  const auto stem =
+      truncated(preferredStem(parts.stem, item, resource, hasMultipleResources), maximumStemUTF8ByteCount);
   if (!stem) return std::unexpected(stem.error());
   const auto extension = chosenExtension(parts.extension, resource.originalUTI());
   if (!extension) return std::unexpected(extension.error());
-  const auto keptExtension = platform::UnicodeScalars::keepingLettersAndNumbers(*extension, maximumExtensionScalarCount);
+  const auto keptExtension =
+      platform::UnicodeScalars::keepingLettersAndNumbers(*extension, maximumExtensionScalarCount);
   if (!keptExtension) return integrityFailure();
   if (stem->empty() || keptExtension->empty()) return integrityFailure();
   return *stem + "." + *keptExtension;

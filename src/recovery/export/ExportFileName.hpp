@@ -62,7 +62,9 @@ using NextSuffixByName = std::map<std::string, std::uint64_t, std::less<>>;
 // suffix given for that key), within `maximumAttempts` tries, or resourceLimitExceeded. The
 // key of the name returned is added to `usedNames` and never leaves it. A text service
 // failure is integrityFailure. A suffix may take a stem past 180 bytes: it is not cut again.
-[[nodiscard]] std::expected<std::string, RecoveryExporterError> collisionSafeName(
-    const std::string& name, std::uint64_t maximumAttempts, UsedNames& usedNames, NextSuffixByName& nextSuffixByName);
+[[nodiscard]] std::expected<std::string, RecoveryExporterError> collisionSafeName(const std::string& name,
+                                                                                  std::uint64_t maximumAttempts,
+                                                                                  UsedNames& usedNames,
+                                                                                  NextSuffixByName& nextSuffixByName);
 
 }  // namespace galdrine::recovery

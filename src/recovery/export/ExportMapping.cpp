@@ -20,7 +20,8 @@ using Error = RecoveryExporterError;
 constexpr std::array<std::string_view, 3> kindTexts{"photo", "video", "live-photo"};
 constexpr std::array<std::string_view, 5> dateSourceTexts{"photos", "embedded", "file", "import", "camera"};
 constexpr std::array<std::string_view, 2> lifecycleTexts{"active", "trash"};
-constexpr std::array<std::string_view, 5> sourceTypeTexts{"photos", "files", "share-extension", "private-camera", "restore"};
+constexpr std::array<std::string_view, 5> sourceTypeTexts{"photos", "files", "share-extension", "private-camera",
+                                                          "restore"};
 constexpr std::array<std::string_view, 4> roleTexts{"primary", "paired-video", "original", "rendered"};
 constexpr std::array<std::string_view, 5> sortModeTexts{"manual", "display-date-ascending", "display-date-descending",
                                                         "import-date-ascending", "import-date-descending"};
@@ -40,7 +41,8 @@ template <typename FixedBytes>
   return hex(*bytes);
 }
 
-using PlanIndex = std::unordered_map<format::BackupIdentifierV1, const PlannedResource*, format::BackupIdentifierHasher>;
+using PlanIndex =
+    std::unordered_map<format::BackupIdentifierV1, const PlannedResource*, format::BackupIdentifierHasher>;
 
 [[nodiscard]] PlanIndex indexed(std::span<const PlannedResource> plan) {
   PlanIndex index;
@@ -49,13 +51,15 @@ using PlanIndex = std::unordered_map<format::BackupIdentifierV1, const PlannedRe
   return index;
 }
 
-[[nodiscard]] const ResourceOutcome* outcomeOf(const ResourceOutcomes& outcomes, const format::BackupIdentifierV1& resource) {
+[[nodiscard]] const ResourceOutcome* outcomeOf(const ResourceOutcomes& outcomes,
+                                               const format::BackupIdentifierV1& resource) {
   const auto found = outcomes.find(resource);
   return found == outcomes.end() ? nullptr : &found->second;
 }
 
 [[nodiscard]] MappingV1::Folder folderRow(const format::BackupAlbumFolderRecordV1& folder) {
-  return {hex(folder.identifier()), optionalHex(folder.parentFolderIdentifier()), folder.name(), folder.manualPosition()};
+  return {hex(folder.identifier()), optionalHex(folder.parentFolderIdentifier()), folder.name(),
+          folder.manualPosition()};
 }
 
 [[nodiscard]] MappingV1::Album albumRow(const format::BackupAlbumRecordV1& album) {
@@ -75,7 +79,8 @@ using PlanIndex = std::unordered_map<format::BackupIdentifierV1, const PlannedRe
 
 [[nodiscard]] MappingV1::Tombstone tombstoneRow(const format::BackupTombstoneRecordV1& tombstone) {
   MappingV1::Tombstone row{hex(tombstone.itemIdentifier()), tombstone.deletedAtUTCMilliseconds(), {}};
-  for (const format::BackupIdentifierV1& resource : tombstone.resourceIdentifiers()) row.resourceIdentifiers.push_back(hex(resource));
+  for (const format::BackupIdentifierV1& resource : tombstone.resourceIdentifiers())
+    row.resourceIdentifiers.push_back(hex(resource));
   return row;
 }
 
@@ -122,7 +127,8 @@ using PlanIndex = std::unordered_map<format::BackupIdentifierV1, const PlannedRe
 }
 
 [[nodiscard]] std::expected<MappingV1::Item, Error> itemWithResources(const format::BackupMediaItemRecordV1& item,
-                                                                    const PlanIndex& plan, const ResourceOutcomes& outcomes) {
+                                                                      const PlanIndex& plan,
+                                                                      const ResourceOutcomes& outcomes) {
   MappingV1::Item row = itemRow(item);
   std::size_t recoveredCount = 0;
   for (const format::BackupIdentifierV1& identifier : item.resourceIdentifiers()) {
@@ -149,14 +155,15 @@ using PlanIndex = std::unordered_map<format::BackupIdentifierV1, const PlannedRe
 }
 
 [[nodiscard]] ReportV1::Failure failureRow(const PlannedResource& planned, const ResourceIssue& issue) {
-  return {hex(planned.item->identifier()), hex(planned.resource->identifier()), optionalHex(issue.payloadArtifactIdentifier),
-          std::string(rawValue(issue.reason))};
+  return {hex(planned.item->identifier()), hex(planned.resource->identifier()),
+          optionalHex(issue.payloadArtifactIdentifier), std::string(rawValue(issue.reason))};
 }
 
 }  // namespace
 
 std::expected<MappingV1, Error> mappingDocument(const ExportSelection& selected, const ExportModel& model,
-                                                std::span<const PlannedResource> plan, const ResourceOutcomes& outcomes) {
+                                                std::span<const PlannedResource> plan,
+                                                const ResourceOutcomes& outcomes) {
   const PlanIndex planIndex = indexed(plan);
   MappingV1 document{std::string(MappingV1::currentSchemaIdentifier),
                      std::string(format::BackupFormatV1::canonicalFormatIdentifier),
@@ -184,8 +191,16 @@ std::expected<MappingV1, Error> mappingDocument(const ExportSelection& selected,
 
 std::expected<ReportV1, Error> reportDocument(const ExportSelection& selected, const ExportModel& model,
                                               std::span<const PlannedResource> plan, const ResourceOutcomes& outcomes) {
-  ReportV1 document{std::string(ReportV1::currentSchemaIdentifier), {}, hex(selected.commitIdentifier),
-                    hex(selected.snapshotIdentifier), 0, 0, 0, 0, 0, {}};
+  ReportV1 document{std::string(ReportV1::currentSchemaIdentifier),
+                    {},
+                    hex(selected.commitIdentifier),
+                    hex(selected.snapshotIdentifier),
+                    0,
+                    0,
+                    0,
+                    0,
+                    0,
+                    {}};
   for (const PlannedResource& planned : plan) {
     const ResourceOutcome* outcome = outcomeOf(outcomes, planned.resource->identifier());
     if (outcome == nullptr) return std::unexpected(Error::integrityFailure);

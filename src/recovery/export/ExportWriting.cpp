@@ -59,7 +59,8 @@ constexpr std::string_view reportFileName = "recovery-report.json";
   return outcomes;
 }
 
-[[nodiscard]] Result resultOf(const fs::path& destinationPath, const ExportSelection& selection, const ReportV1& report) {
+[[nodiscard]] Result resultOf(const fs::path& destinationPath, const ExportSelection& selection,
+                              const ReportV1& report) {
   Result result;
   result.outputPath = destinationPath;
   result.selectedCommitIdentifier.assign(selection.commitIdentifier.begin(), selection.commitIdentifier.end());
@@ -74,7 +75,8 @@ constexpr std::string_view reportFileName = "recovery-report.json";
 }
 
 // writeDocuments builds and writes the mapping, then the report, and gives the report.
-[[nodiscard]] std::expected<ReportV1, Error> writeDocuments(const RestoreSession& session, const ExportSelection& selection,
+[[nodiscard]] std::expected<ReportV1, Error> writeDocuments(const RestoreSession& session,
+                                                            const ExportSelection& selection,
                                                             const ResourceOutcomes& outcomes, const fs::path& root) {
   const auto mapping = mappingDocument(selection, session.model(), session.plan(), outcomes);
   if (!mapping) return std::unexpected(mapping.error());
@@ -100,11 +102,13 @@ std::expected<Result, Error> writeExport(const fs::path& destinationPath, const 
 
   const auto outcomes = recoverAll(session, staging->path(), faultPoint);
   if (!outcomes) return std::unexpected(outcomes.error());
-  if (auto synchronizedItems = synchronized(allItems); !synchronizedItems) return std::unexpected(synchronizedItems.error());
+  if (auto synchronizedItems = synchronized(allItems); !synchronizedItems)
+    return std::unexpected(synchronizedItems.error());
   if (stopsAt(faultPoint, FaultPoint::beforeMetadata)) return failure(Error::outputWriteFailed);
   const auto reportDocument = writeDocuments(session, *selection, *outcomes, staging->path());
   if (!reportDocument) return std::unexpected(reportDocument.error());
-  if (auto synchronizedRoot = synchronized(staging->path()); !synchronizedRoot) return std::unexpected(synchronizedRoot.error());
+  if (auto synchronizedRoot = synchronized(staging->path()); !synchronizedRoot)
+    return std::unexpected(synchronizedRoot.error());
   if (stopsAt(faultPoint, FaultPoint::beforePublication)) return failure(Error::outputWriteFailed);
   if (auto published = staging->publish(destinationPath); !published) return std::unexpected(published.error());
   return resultOf(destinationPath, *selection, *reportDocument);

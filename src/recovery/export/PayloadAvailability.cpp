@@ -27,16 +27,20 @@ using Part = format::BackupPayloadPartRecordV1;
 
 PayloadAvailability PayloadAvailability::of(Examination examination) {
   switch (examination) {
-    case Examination::matching: return matching();
-    case Examination::missing: return failed(ResourceFailureReason::missingPayload);
+    case Examination::matching:
+      return matching();
+    case Examination::missing:
+      return failed(ResourceFailureReason::missingPayload);
     case Examination::wrongByteCount:
-    case Examination::wrongDigest: return failed(ResourceFailureReason::payloadIntegrityFailure);
+    case Examination::wrongDigest:
+      return failed(ResourceFailureReason::payloadIntegrityFailure);
     case Examination::statusUnavailable:
     case Examination::openRefused:
     case Examination::descriptorStatusFailed:
     case Examination::notRegularFile:
     case Examination::readFailed:
-    case Examination::changedWhileRead: return failed(ResourceFailureReason::unreadablePayload);
+    case Examination::changedWhileRead:
+      return failed(ResourceFailureReason::unreadablePayload);
   }
   std::unreachable();
 }
@@ -50,7 +54,8 @@ std::optional<ResourceFailureReason> payloadFileFailure(const Part& part, const 
       .failureReason();
 }
 
-PayloadAvailabilityMap payloadAvailability(std::span<const PlannedResource> plan, const format::BackupPackageV1& package,
+PayloadAvailabilityMap payloadAvailability(std::span<const PlannedResource> plan,
+                                           const format::BackupPackageV1& package,
                                            const PayloadFileExaminationMap& examined) {
   // One piece buffer for all files, left uninitialised: every byte is read before use.
   const auto buffer = std::make_unique_for_overwrite<std::uint8_t[]>(PayloadFileExaminations::readPieceByteCount);

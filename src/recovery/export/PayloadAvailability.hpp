@@ -22,7 +22,9 @@ namespace galdrine::recovery {
 // record, or it failed for a reason.
 class PayloadAvailability {
  public:
-  [[nodiscard]] static constexpr PayloadAvailability failed(ResourceFailureReason reason) { return PayloadAvailability(reason); }
+  [[nodiscard]] static constexpr PayloadAvailability failed(ResourceFailureReason reason) {
+    return PayloadAvailability(reason);
+  }
   [[nodiscard]] static constexpr PayloadAvailability matching() { return PayloadAvailability(std::nullopt); }
 
   // of is how the export reads an examination: a matching file is matching; a missing file is

@@ -21,7 +21,8 @@ using Factor = envelope::PortableKeyFactorV1;
 }
 
 [[nodiscard]] std::expected<Result, Error> exportWith(const fs::path& packagePath, const ExportCredential& credential,
-                                                      ByteView selectedCommitIdentifier, const fs::path& destinationPath,
+                                                      ByteView selectedCommitIdentifier,
+                                                      const fs::path& destinationPath,
                                                       std::optional<RecoveryExportFaultPoint> faultPoint) {
   if (!isStandardDestination(destinationPath)) return std::unexpected(Error::destinationUnavailable);
   const auto session = RestoreSession::restoreSession(packagePath, credential, selectedCommitIdentifier);
@@ -32,20 +33,23 @@ using Factor = envelope::PortableKeyFactorV1;
 }  // namespace
 
 std::expected<Result, Error> exportWithBackupPassphrase(const fs::path& packagePath, ByteView passphrase,
-                                                        ByteView selectedCommitIdentifier, const fs::path& destinationPath) {
+                                                        ByteView selectedCommitIdentifier,
+                                                        const fs::path& destinationPath) {
   return exportWith(packagePath, {Factor::backupPassphrase, passphrase}, selectedCommitIdentifier, destinationPath,
                     std::nullopt);
 }
 
 std::expected<Result, Error> exportWithRecoveryKey(const fs::path& packagePath, ByteView recoveryKey,
                                                    ByteView selectedCommitIdentifier, const fs::path& destinationPath) {
-  return exportWith(packagePath, {Factor::recoveryKey, recoveryKey}, selectedCommitIdentifier, destinationPath, std::nullopt);
+  return exportWith(packagePath, {Factor::recoveryKey, recoveryKey}, selectedCommitIdentifier, destinationPath,
+                    std::nullopt);
 }
 
 std::expected<Result, Error> exportWithRecoveryKey(const fs::path& packagePath, ByteView recoveryKey,
                                                    ByteView selectedCommitIdentifier, const fs::path& destinationPath,
                                                    RecoveryExportFaultPoint faultPoint) {
-  return exportWith(packagePath, {Factor::recoveryKey, recoveryKey}, selectedCommitIdentifier, destinationPath, faultPoint);
+  return exportWith(packagePath, {Factor::recoveryKey, recoveryKey}, selectedCommitIdentifier, destinationPath,
+                    faultPoint);
 }
 
 std::expected<std::shared_ptr<const RestoreSession>, Error> restoreSessionWithBackupPassphrase(

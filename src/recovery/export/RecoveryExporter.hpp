@@ -46,8 +46,7 @@ namespace galdrine::recovery {
 [[nodiscard]] std::expected<std::shared_ptr<const RestoreSession>, RecoveryExporterError>
 restoreSessionWithBackupPassphrase(const std::filesystem::path& packagePath, ByteView passphrase,
                                    ByteView selectedCommitIdentifier);
-[[nodiscard]] std::expected<std::shared_ptr<const RestoreSession>, RecoveryExporterError>
-restoreSessionWithRecoveryKey(const std::filesystem::path& packagePath, ByteView recoveryKey,
-                              ByteView selectedCommitIdentifier);
+[[nodiscard]] std::expected<std::shared_ptr<const RestoreSession>, RecoveryExporterError> restoreSessionWithRecoveryKey(
+    const std::filesystem::path& packagePath, ByteView recoveryKey, ByteView selectedCommitIdentifier);
 
 }  // namespace galdrine::recovery

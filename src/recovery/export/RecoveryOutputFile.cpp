@@ -34,7 +34,7 @@ constexpr std::size_t hashingSliceByteCount = std::size_t{1} << 20;
 std::expected<RecoveryOutputFile, Error> RecoveryOutputFile::create(const std::filesystem::path& path) {
   auto descriptor = platform::FileDescriptor::open(path, outputFileFlags, outputFileMode);
   if (!descriptor) return writeFailed();
-  struct stat status{};
+  struct stat status {};
   if (::fstat(descriptor->get(), &status) != 0) {
     // The file was created by this call a moment ago and cannot be told apart any more.
     ::unlink(path.c_str());
@@ -123,7 +123,7 @@ std::expected<std::optional<platform::SHA256Digest>, Error> RecoveryOutputFile::
 
 std::expected<void, Error> RecoveryOutputFile::makeDurable() {
   if (!platform::Files::synchronizeFile(descriptor_.get())) return writeFailed();
-  struct stat status{};
+  struct stat status {};
   if (::fstat(descriptor_.get(), &status) != 0 || !S_ISREG(status.st_mode) ||
       static_cast<std::uint64_t>(status.st_size) != byteCount_) {
     return writeFailed();
@@ -142,7 +142,7 @@ void RecoveryOutputFile::abort() noexcept {
 void RecoveryOutputFile::removeIfStillOurs() const noexcept {
   // Only the file this object created is removed: if something else took its name meanwhile,
   // it is not ours to delete.
-  struct stat status{};
+  struct stat status {};
   if (::lstat(path_.c_str(), &status) != 0) return;
   if (!S_ISREG(status.st_mode) || status.st_dev != device_ || status.st_ino != inode_) return;
   ::unlink(path_.c_str());

@@ -45,7 +45,8 @@ struct ResourceOutcome {
 };
 
 // ResourceOutcomes holds the outcome of each resource of an export by resource identifier.
-using ResourceOutcomes = std::unordered_map<format::BackupIdentifierV1, ResourceOutcome, format::BackupIdentifierHasher>;
+using ResourceOutcomes =
+    std::unordered_map<format::BackupIdentifierV1, ResourceOutcome, format::BackupIdentifierHasher>;
 
 }  // namespace galdrine::recovery
 

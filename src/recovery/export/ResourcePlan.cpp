@@ -13,9 +13,10 @@ using Error = RecoveryExporterError;
 
 // resourceWithIdentifier finds a resource by binary search: the model's resources are sorted by
 // identifier, so they serve as their own index.
-[[nodiscard]] const format::BackupMediaResourceRecordV1* resourceWithIdentifier(const ExportModel& model,
-                                                                                const format::BackupIdentifierV1& identifier) {
-  const auto found = std::ranges::lower_bound(model.resources, identifier, {}, &format::BackupMediaResourceRecordV1::identifier);
+[[nodiscard]] const format::BackupMediaResourceRecordV1* resourceWithIdentifier(
+    const ExportModel& model, const format::BackupIdentifierV1& identifier) {
+  const auto found =
+      std::ranges::lower_bound(model.resources, identifier, {}, &format::BackupMediaResourceRecordV1::identifier);
   if (found == model.resources.end() || found->identifier() != identifier) return nullptr;
   return &*found;
 }

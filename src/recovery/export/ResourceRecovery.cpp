@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "format/manifest/BackupManifestRecordCodecV1.hpp"
-#include "platform/SecureMemory.hpp"
 #include "platform/ScopeGuard.hpp"
+#include "platform/SecureMemory.hpp"
 #include "reader/BackupPayloadReader.hpp"
 #include "recovery/export/RecoveryOutputFile.hpp"
 
@@ -28,8 +28,8 @@ using Container = format::BackupPayloadContainerKindV1;
 
 // availabilityIssues gives one issue for each failed artifact of the resource, in part order,
 // looking at each artifact once.
-[[nodiscard]] std::expected<std::vector<ResourceIssue>, Error> availabilityIssues(const Resource& resource,
-                                                                                const PayloadAvailabilityMap& availability) {
+[[nodiscard]] std::expected<std::vector<ResourceIssue>, Error> availabilityIssues(
+    const Resource& resource, const PayloadAvailabilityMap& availability) {
   std::vector<ResourceIssue> issues;
   std::set<format::BackupIdentifierV1> looked;
   for (const Part& part : resource.parts()) {
@@ -41,16 +41,18 @@ using Container = format::BackupPayloadContainerKindV1;
   return issues;
 }
 
-[[nodiscard]] Bytes bytesOf(const format::BackupIdentifierV1& identifier) { return Bytes(identifier.begin(), identifier.end()); }
+[[nodiscard]] Bytes bytesOf(const format::BackupIdentifierV1& identifier) {
+  return Bytes(identifier.begin(), identifier.end());
+}
 
 [[nodiscard]] std::expected<Bytes, Error> openChunk(const Part& part, const std::filesystem::path& path,
                                                     ByteView packageIdentifier, ByteView libraryDomainIdentifier,
                                                     ByteView payloadKey) {
-  const format::BackupResourceChunkDescriptorV1 descriptor{bytesOf(part.artifactIdentifier()), part.artifactOrdinal(),
-                                                           part.artifactFileByteCount(),      part.plaintextByteCount(),
-                                                           part.plaintextSHA256(),            part.artifactFileSHA256()};
-  auto plaintext =
-      reader::BackupPayloadReader::openResourceChunk(path, descriptor, packageIdentifier, libraryDomainIdentifier, payloadKey);
+  const format::BackupResourceChunkDescriptorV1 descriptor{
+      bytesOf(part.artifactIdentifier()), part.artifactOrdinal(), part.artifactFileByteCount(),
+      part.plaintextByteCount(),          part.plaintextSHA256(), part.artifactFileSHA256()};
+  auto plaintext = reader::BackupPayloadReader::openResourceChunk(path, descriptor, packageIdentifier,
+                                                                  libraryDomainIdentifier, payloadKey);
   if (!plaintext) return failure(Error::integrityFailure);
   return std::move(*plaintext);
 }
@@ -89,9 +91,11 @@ using Container = format::BackupPayloadContainerKindV1;
 // with its issue (the file is aborted); a write that fails is outputWriteFailed. The reader has
 // proved every plaintext against its part's digest, so a part that is the whole resource is
 // written without being hashed once more; the output file hashes the parts of any other.
-[[nodiscard]] std::expected<std::optional<ResourceOutcome>, Error> writeParts(
-    RecoveryOutputFile& output, const Resource& resource, const format::BackupPackageV1& package,
-    ByteView libraryDomainIdentifier, ByteView payloadKey) {
+[[nodiscard]] std::expected<std::optional<ResourceOutcome>, Error> writeParts(RecoveryOutputFile& output,
+                                                                              const Resource& resource,
+                                                                              const format::BackupPackageV1& package,
+                                                                              ByteView libraryDomainIdentifier,
+                                                                              ByteView payloadKey) {
   for (const Part& part : resource.parts()) {
     auto plaintext = openPayloadPart(part, resource, package, libraryDomainIdentifier, payloadKey);
     if (!plaintext) {
@@ -108,8 +112,9 @@ using Container = format::BackupPayloadContainerKindV1;
 
 }  // namespace
 
-std::expected<Bytes, Error> openPayloadPart(const Part& part, const Resource& resource, const format::BackupPackageV1& package,
-                                            ByteView libraryDomainIdentifier, ByteView payloadKey) {
+std::expected<Bytes, Error> openPayloadPart(const Part& part, const Resource& resource,
+                                            const format::BackupPackageV1& package, ByteView libraryDomainIdentifier,
+                                            ByteView payloadKey) {
   const auto path = payloadFilePath(package, part.artifactIdentifier(), part.container());
   if (!path) return failure(Error::integrityFailure);
   const ByteView packageIdentifier = package.header().packageIdentifier();

@@ -3,9 +3,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/SecureMemory.hpp"
 #include "platform/ScopeGuard.hpp"
-
+#include "platform/SecureMemory.hpp"
 
 namespace galdrine::recovery {
 
@@ -41,11 +40,13 @@ constexpr std::size_t selectedCommitIdentifierByteCount = 16;
 
 // agreesWithPreflight: the commit authenticated a second time is the one selected, and its
 // snapshot is the one the inspection described.
-[[nodiscard]] bool agreesWithPreflight(const Selected& selected, const Preflight& preflight, ByteView selectedCommitIdentifier) {
+[[nodiscard]] bool agreesWithPreflight(const Selected& selected, const Preflight& preflight,
+                                       ByteView selectedCommitIdentifier) {
   const format::BackupSnapshotV1& snapshot = selected.snapshot;
   return ByteOrder::equal(selected.authenticatedCommit.commit().identifier(), selectedCommitIdentifier) &&
          ByteOrder::equal(snapshot.identifier(), preflight.snapshotIdentifier) &&
-         snapshot.createdAtUTCMilliseconds() == preflight.createdAtUTCMilliseconds && snapshot.counts() == preflight.counts &&
+         snapshot.createdAtUTCMilliseconds() == preflight.createdAtUTCMilliseconds &&
+         snapshot.counts() == preflight.counts &&
          snapshot.logicalPlaintextByteCount() == preflight.logicalPlaintextByteCount &&
          snapshot.encryptedPayloadByteCount() == preflight.encryptedPayloadByteCount;
 }
@@ -55,10 +56,14 @@ constexpr std::size_t selectedCommitIdentifierByteCount = 16;
 Error mappedInspectionError(InspectorError error) {
   switch (error) {
     case InspectorError::invalidPackage:
-    case InspectorError::packageUnavailable: return Error::invalidPackage;
-    case InspectorError::unlockFailed: return Error::unlockFailed;
-    case InspectorError::resourceLimitExceeded: return Error::resourceLimitExceeded;
-    case InspectorError::integrityFailure: return Error::integrityFailure;
+    case InspectorError::packageUnavailable:
+      return Error::invalidPackage;
+    case InspectorError::unlockFailed:
+      return Error::unlockFailed;
+    case InspectorError::resourceLimitExceeded:
+      return Error::resourceLimitExceeded;
+    case InspectorError::integrityFailure:
+      return Error::integrityFailure;
   }
   return Error::integrityFailure;
 }

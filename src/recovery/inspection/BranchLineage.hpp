@@ -9,14 +9,14 @@
 
 #include "platform/Bytes.hpp"
 #include "recovery/inspection/ContentAuthentication.hpp"
-#include "recovery/inspection/RecoveryPackageInspectorError.hpp"
 #include "recovery/inspection/RecoveryPackageInspection.hpp"
+#include "recovery/inspection/RecoveryPackageInspectorError.hpp"
 
 namespace galdrine::recovery {
 
 // A commit visited twice, or one without a content or a preflight, is integrityFailure.
-[[nodiscard]] std::expected<std::vector<RecoverySnapshotPreflight>, RecoveryPackageInspectorError>
-branchLineage(const Bytes& tipCommitIdentifier, const ByteMap<AuthenticatedContent>& contents,
-              const ByteMap<RecoverySnapshotPreflight>& preflightsByCommit);
+[[nodiscard]] std::expected<std::vector<RecoverySnapshotPreflight>, RecoveryPackageInspectorError> branchLineage(
+    const Bytes& tipCommitIdentifier, const ByteMap<AuthenticatedContent>& contents,
+    const ByteMap<RecoverySnapshotPreflight>& preflightsByCommit);
 
 }  // namespace galdrine::recovery

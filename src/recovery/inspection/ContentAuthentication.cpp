@@ -29,15 +29,16 @@ using Summary = format::BackupManifestSemanticSummary;
 
 // readReferenced reads the artifact that `reference` names from `directory`, once its promised
 // plaintext and frame lengths are within the ceilings of its kind.
-[[nodiscard]] std::expected<Bytes, Error> readReferenced(const fs::path& directory,
-                                                         const std::expected<std::string, format::BackupGraphV1Error>& name,
-                                                         const Reference& reference, std::uint64_t maximumPlaintextByteCount,
-                                                         std::uint64_t maximumFrameByteCount) {
-  if (reference.plaintextByteCount() > maximumPlaintextByteCount || reference.frameByteCount() > maximumFrameByteCount) {
+[[nodiscard]] std::expected<Bytes, Error> readReferenced(
+    const fs::path& directory, const std::expected<std::string, format::BackupGraphV1Error>& name,
+    const Reference& reference, std::uint64_t maximumPlaintextByteCount, std::uint64_t maximumFrameByteCount) {
+  if (reference.plaintextByteCount() > maximumPlaintextByteCount ||
+      reference.frameByteCount() > maximumFrameByteCount) {
     return integrityFailure();
   }
   if (!name) return std::unexpected(inspectorError(name.error()));
-  return RecoveryArtifactFiles::readRegularFile(directory / *name, static_cast<std::int64_t>(reference.frameByteCount()));
+  return RecoveryArtifactFiles::readRegularFile(directory / *name,
+                                                static_cast<std::int64_t>(reference.frameByteCount()));
 }
 
 [[nodiscard]] std::expected<fs::path, Error> directoryOf(const AuthenticationScope& scope, std::string_view name) {
@@ -61,14 +62,14 @@ using Summary = format::BackupManifestSemanticSummary;
 }
 
 [[nodiscard]] bool summaryAgrees(const Summary& summary, const Snapshot& snapshot) {
-  return summary.counts == snapshot.counts() && summary.logicalPlaintextByteCount == snapshot.logicalPlaintextByteCount() &&
+  return summary.counts == snapshot.counts() &&
+         summary.logicalPlaintextByteCount == snapshot.logicalPlaintextByteCount() &&
          summary.encryptedPayloadByteCount == snapshot.encryptedPayloadByteCount() &&
          summary.requiredPayloadSetSHA256 == snapshot.requiredPayloadSetSHA256();
 }
 
-[[nodiscard]] std::expected<AuthenticatedContent, Error> contentFromCache(const AuthenticatedSnapshotContent& cached,
-                                                                          const format::AuthenticatedBackupCommit& commit,
-                                                                          bool retainRecords) {
+[[nodiscard]] std::expected<AuthenticatedContent, Error> contentFromCache(
+    const AuthenticatedSnapshotContent& cached, const format::AuthenticatedBackupCommit& commit, bool retainRecords) {
   if (cached.reference != commit.commit().snapshot()) return integrityFailure();
   if (retainRecords && !cached.retainedRecords) return integrityFailure();
   if (!snapshotAgreesWithCommit(cached.snapshot, commit.commit())) return integrityFailure();
@@ -79,8 +80,8 @@ using Summary = format::BackupManifestSemanticSummary;
   const auto directory = directoryOf(scope, "snapshots");
   if (!directory) return std::unexpected(directory.error());
   const Reference& reference = commit.snapshot();
-  const auto frame = readReferenced(*directory, format::BackupGraphV1::snapshotFileName(reference.identifier()), reference,
-                                    maximumSnapshotPlaintextByteCount, maximumSnapshotFrameByteCount);
+  const auto frame = readReferenced(*directory, format::BackupGraphV1::snapshotFileName(reference.identifier()),
+                                    reference, maximumSnapshotPlaintextByteCount, maximumSnapshotFrameByteCount);
   if (!frame) return std::unexpected(frame.error());
   auto snapshot = format::BackupGraphV1::openSnapshot(*frame, reference, scope.package.header().packageIdentifier(),
                                                       scope.libraryDomainIdentifier, scope.bpmk);
@@ -90,8 +91,9 @@ using Summary = format::BackupManifestSemanticSummary;
 
 [[nodiscard]] std::expected<Root, Error> openManifestRoot(const fs::path& directory, const Reference& reference,
                                                           const AuthenticationScope& scope) {
-  const auto frame = readReferenced(directory, format::BackupGraphV1::manifestFileName(reference.identifier()), reference,
-                                    maximumManifestRootPlaintextByteCount, maximumManifestRootFrameByteCount);
+  const auto frame =
+      readReferenced(directory, format::BackupGraphV1::manifestFileName(reference.identifier()), reference,
+                     maximumManifestRootPlaintextByteCount, maximumManifestRootFrameByteCount);
   if (!frame) return std::unexpected(frame.error());
   auto root = format::BackupGraphV1::openManifestRoot(*frame, reference, scope.package.header().packageIdentifier(),
                                                       scope.libraryDomainIdentifier, scope.bpmk);
@@ -129,7 +131,8 @@ struct ManifestContent {
 }
 
 [[nodiscard]] std::expected<ManifestContent, Error> readManifestSections(const fs::path& directory, const Root& root,
-                                                                         const AuthenticationScope& scope, bool retainRecords,
+                                                                         const AuthenticationScope& scope,
+                                                                         bool retainRecords,
                                                                          AuthenticationBudget& budget) {
   for (const auto& reference : root.sections()) {
     const auto charged = budget.reserve(reference.artifact(), reference.recordCount());
@@ -173,9 +176,9 @@ struct ManifestContent {
 
 namespace ContentAuthentication {
 
-std::expected<AuthenticatedContent, Error> authenticateContent(const format::AuthenticatedBackupCommit& authenticatedCommit,
-                                                               const AuthenticationScope& scope, bool retainRecords,
-                                                               SnapshotCache& cache, AuthenticationBudget& budget) {
+std::expected<AuthenticatedContent, Error> authenticateContent(
+    const format::AuthenticatedBackupCommit& authenticatedCommit, const AuthenticationScope& scope, bool retainRecords,
+    SnapshotCache& cache, AuthenticationBudget& budget) {
   const Commit& commit = authenticatedCommit.commit();
   if (const auto cached = cache.find(commit.snapshot().identifier()); cached != cache.end()) {
     return contentFromCache(cached->second, authenticatedCommit, retainRecords);
@@ -187,7 +190,8 @@ std::expected<AuthenticatedContent, Error> authenticateContent(const format::Aut
   if (!manifest) return std::unexpected(manifest.error());
   auto expectations = std::make_shared<const PayloadExpectationMap>(std::move(manifest->first));
   auto records = retainRecords ? std::make_shared<std::vector<Record>>(std::move(manifest->second)) : nullptr;
-  cache.emplace(snapshot->identifier(), AuthenticatedSnapshotContent{commit.snapshot(), *snapshot, expectations, records});
+  cache.emplace(snapshot->identifier(),
+                AuthenticatedSnapshotContent{commit.snapshot(), *snapshot, expectations, records});
   return AuthenticatedContent{authenticatedCommit, std::move(*snapshot), std::move(expectations), std::move(records)};
 }
 

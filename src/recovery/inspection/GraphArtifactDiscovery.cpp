@@ -3,8 +3,8 @@
 #include <string_view>
 #include <utility>
 
-#include "format/header/BackupFormatV1.hpp"
 #include "format/graph/BackupGraphV1.hpp"
+#include "format/header/BackupFormatV1.hpp"
 #include "recovery/inspection/RecoveryArtifactFiles.hpp"
 
 namespace galdrine::recovery {
@@ -22,19 +22,19 @@ template <typename Artifact, typename FileName, typename Open>
                                                                    Open open) {
   const auto directory = scope.package.directoryPath(directoryName);
   if (!directory) return std::unexpected(inspectorError(directory.error()));
-  const auto identifiers =
-      RecoveryArtifactFiles::artifactIdentifiers(*directory, fileExtension, RecoveryArtifactFiles::maximumArtifactCount);
+  const auto identifiers = RecoveryArtifactFiles::artifactIdentifiers(*directory, fileExtension,
+                                                                      RecoveryArtifactFiles::maximumArtifactCount);
   if (!identifiers) return std::unexpected(identifiers.error());
   std::vector<Artifact> artifacts;
   artifacts.reserve(identifiers->size());
   for (const Bytes& identifier : *identifiers) {
     const auto name = fileName(identifier);
     if (!name) return std::unexpected(inspectorError(name.error()));
-    const auto frame =
-        RecoveryArtifactFiles::readRegularFile(*directory / *name, RecoveryArtifactFiles::maximumDiscoveredFrameByteCount);
+    const auto frame = RecoveryArtifactFiles::readRegularFile(*directory / *name,
+                                                              RecoveryArtifactFiles::maximumDiscoveredFrameByteCount);
     if (!frame) return std::unexpected(frame.error());
-    auto artifact = open(*frame, identifier, scope.package.header().packageIdentifier(), scope.libraryDomainIdentifier,
-                         scope.bpmk);
+    auto artifact =
+        open(*frame, identifier, scope.package.header().packageIdentifier(), scope.libraryDomainIdentifier, scope.bpmk);
     if (!artifact) return std::unexpected(inspectorError(artifact.error()));
     artifacts.push_back(std::move(*artifact));
   }

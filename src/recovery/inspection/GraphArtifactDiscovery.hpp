@@ -22,8 +22,8 @@ namespace GraphArtifactDiscovery {
 // anything else integrityFailure.
 [[nodiscard]] std::expected<std::vector<format::AuthenticatedBackupCommit>, RecoveryPackageInspectorError>
 discoverCommits(const AuthenticationScope& scope);
-[[nodiscard]] std::expected<std::vector<format::AuthenticatedBackupHead>, RecoveryPackageInspectorError>
-discoverHeads(const AuthenticationScope& scope);
+[[nodiscard]] std::expected<std::vector<format::AuthenticatedBackupHead>, RecoveryPackageInspectorError> discoverHeads(
+    const AuthenticationScope& scope);
 
 }  // namespace GraphArtifactDiscovery
 

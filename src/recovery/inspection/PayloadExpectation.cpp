@@ -46,7 +46,8 @@ std::expected<PayloadExpectationMap, Error> collect(std::span<const format::Back
       if (byteCount < 1 || byteCount > ceilingOf(part.container())) return std::unexpected(Error::integrityFailure);
       const auto& digest = part.artifactFileSHA256();
       const Bytes identifier(part.artifactIdentifier().begin(), part.artifactIdentifier().end());
-      const auto added = add(expectations, identifier, {part.container(), byteCount, Bytes(digest.begin(), digest.end())});
+      const auto added =
+          add(expectations, identifier, {part.container(), byteCount, Bytes(digest.begin(), digest.end())});
       if (!added) return std::unexpected(added.error());
     }
   }

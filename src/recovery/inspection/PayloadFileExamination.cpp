@@ -37,7 +37,8 @@ using Examination = PayloadFileExamination;
 // It gives nothing for a failed read or for another number of bytes than `byteCount`; it
 // stops as soon as more arrive, so that a file that keeps growing cannot keep the loop going.
 [[nodiscard]] std::optional<platform::SHA256Digest> streamedDigest(int descriptor, const fs::path& path,
-                                                                   std::uint64_t byteCount, std::span<std::uint8_t> buffer,
+                                                                   std::uint64_t byteCount,
+                                                                   std::span<std::uint8_t> buffer,
                                                                    const RecoveryPayloadReadObserver& observer) {
   platform::SHA256::Hasher hasher;
   std::uint64_t readByteCount = 0;

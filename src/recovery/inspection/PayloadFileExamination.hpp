@@ -13,8 +13,8 @@
 #include <optional>
 #include <span>
 
-#include "format/package/BackupPackageV1.hpp"
 #include "format/manifest/BackupPayloadPartRecordV1.hpp"
+#include "format/package/BackupPackageV1.hpp"
 #include "platform/Bytes.hpp"
 #include "recovery/inspection/PayloadExpectation.hpp"
 
@@ -70,8 +70,9 @@ inline constexpr std::size_t readPieceByteCount = 1'048'576;
 // the same device, inode, size and modification time to the nanosecond (changedWhileRead);
 // the digest against `sha256` (matching or wrongDigest). `buffer` must hold one piece; the
 // observer hears of every read. Nothing stays open.
-[[nodiscard]] PayloadFileExamination examine(const std::filesystem::path& path, std::uint64_t byteCount, ByteView sha256,
-                                             std::span<std::uint8_t> buffer, const RecoveryPayloadReadObserver& observer = {});
+[[nodiscard]] PayloadFileExamination examine(const std::filesystem::path& path, std::uint64_t byteCount,
+                                             ByteView sha256, std::span<std::uint8_t> buffer,
+                                             const RecoveryPayloadReadObserver& observer = {});
 
 }  // namespace PayloadFileExaminations
 

@@ -16,16 +16,20 @@ namespace PayloadObservations {
 
 PayloadObservation observation(Examination examination) {
   switch (examination) {
-    case Examination::matching: return PayloadObservation::matching;
-    case Examination::missing: return PayloadObservation::missing;
+    case Examination::matching:
+      return PayloadObservation::matching;
+    case Examination::missing:
+      return PayloadObservation::missing;
     case Examination::statusUnavailable:
     case Examination::openRefused:
     case Examination::readFailed:
-    case Examination::changedWhileRead: return PayloadObservation::unreadable;
+    case Examination::changedWhileRead:
+      return PayloadObservation::unreadable;
     case Examination::descriptorStatusFailed:
     case Examination::notRegularFile:
     case Examination::wrongByteCount:
-    case Examination::wrongDigest: return PayloadObservation::mismatched;
+    case Examination::wrongDigest:
+      return PayloadObservation::mismatched;
   }
   std::unreachable();
 }
@@ -49,7 +53,8 @@ std::expected<PayloadFileExaminationMap, Error> examinePayloadFiles(const Payloa
 
 PayloadObservationMap observations(const PayloadFileExaminationMap& examinations) {
   PayloadObservationMap observed;
-  for (const auto& [identifier, examined] : examinations) observed.emplace(identifier, observation(examined.examination));
+  for (const auto& [identifier, examined] : examinations)
+    observed.emplace(identifier, observation(examined.examination));
   return observed;
 }
 

@@ -5,9 +5,9 @@
 #include <optional>
 #include <utility>
 
+#include "format/graph/BackupGraphV1.hpp"
 #include "format/header/BackupFormatV1.hpp"
 #include "format/package/BoundedDirectoryListing.hpp"
-#include "format/graph/BackupGraphV1.hpp"
 #include "platform/Files.hpp"
 
 namespace galdrine::recovery {
@@ -27,9 +27,12 @@ constexpr std::size_t identifierHexDigitCount = 32;
 // canonicalFileName is the one name a commit or head of `identifier` may have; any other
 // extension has none.
 [[nodiscard]] std::optional<std::string> canonicalFileName(ByteView identifier, std::string_view fileExtension) {
-  std::expected<std::string, format::BackupGraphV1Error> name = std::unexpected(format::BackupGraphV1Error::invalidIdentifier);
-  if (fileExtension == format::BackupFormatV1::commitFileExtension) name = format::BackupGraphV1::commitFileName(identifier);
-  if (fileExtension == format::BackupFormatV1::headFileExtension) name = format::BackupGraphV1::headFileName(identifier);
+  std::expected<std::string, format::BackupGraphV1Error> name =
+      std::unexpected(format::BackupGraphV1Error::invalidIdentifier);
+  if (fileExtension == format::BackupFormatV1::commitFileExtension)
+    name = format::BackupGraphV1::commitFileName(identifier);
+  if (fileExtension == format::BackupFormatV1::headFileExtension)
+    name = format::BackupGraphV1::headFileName(identifier);
   if (!name) return std::nullopt;
   return std::move(*name);
 }
@@ -52,7 +55,8 @@ constexpr std::size_t identifierHexDigitCount = 32;
 [[nodiscard]] Error readFault(const Fault& fault) {
   switch (fault.kind) {
     case Fault::Kind::openFailed:
-      return fault.errorNumber == ENOENT || fault.errorNumber == ELOOP ? Error::integrityFailure : Error::packageUnavailable;
+      return fault.errorNumber == ENOENT || fault.errorNumber == ELOOP ? Error::integrityFailure
+                                                                       : Error::packageUnavailable;
     case Fault::Kind::statusFailed:
     case Fault::Kind::readFailed:
       return Error::packageUnavailable;
@@ -69,7 +73,8 @@ constexpr std::size_t identifierHexDigitCount = 32;
 namespace RecoveryArtifactFiles {
 
 std::expected<std::vector<Bytes>, Error> artifactIdentifiers(const std::filesystem::path& directory,
-                                                            std::string_view fileExtension, std::int64_t maximumCount) {
+                                                             std::string_view fileExtension,
+                                                             std::int64_t maximumCount) {
   const auto names = format::BoundedDirectoryListing::names(directory, maximumCount);
   if (!names) return std::unexpected(listingError(names.error()));
   std::vector<Bytes> identifiers;
@@ -79,7 +84,8 @@ std::expected<std::vector<Bytes>, Error> artifactIdentifiers(const std::filesyst
     if (!identifier) return std::unexpected(Error::integrityFailure);
     identifiers.push_back(std::move(*identifier));
   }
-  std::ranges::sort(identifiers, [](const Bytes& left, const Bytes& right) { return ByteOrder::precedes(left, right); });
+  std::ranges::sort(identifiers,
+                    [](const Bytes& left, const Bytes& right) { return ByteOrder::precedes(left, right); });
   return identifiers;
 }
 

@@ -35,8 +35,8 @@ inline constexpr std::int64_t maximumDiscoveredFrameByteCount = 66'560;
 // but a regular file of 1 to `maximumByteCount` bytes, and a read that gives another number of
 // bytes than the size seen before it are integrityFailure; any other failed open, fstat or
 // read is packageUnavailable. The descriptor is closed on every way out.
-[[nodiscard]] std::expected<Bytes, RecoveryPackageInspectorError> readRegularFile(
-    const std::filesystem::path& path, std::int64_t maximumByteCount);
+[[nodiscard]] std::expected<Bytes, RecoveryPackageInspectorError> readRegularFile(const std::filesystem::path& path,
+                                                                                  std::int64_t maximumByteCount);
 
 }  // namespace RecoveryArtifactFiles
 

@@ -7,10 +7,10 @@
 #include <utility>
 #include <vector>
 
-#include "format/header/BackupFormatV1.hpp"
 #include "format/graph/BackupCommitGraph.hpp"
-#include "platform/SecureMemory.hpp"
+#include "format/header/BackupFormatV1.hpp"
 #include "platform/ScopeGuard.hpp"
+#include "platform/SecureMemory.hpp"
 #include "recovery/inspection/BranchLineage.hpp"
 #include "recovery/inspection/ContentAuthentication.hpp"
 #include "recovery/inspection/GraphArtifactDiscovery.hpp"
@@ -54,7 +54,8 @@ struct AuthenticatedGraph {
 };
 
 [[nodiscard]] std::expected<AuthenticatedGraph, Error> authenticateCommits(
-    const std::vector<format::AuthenticatedBackupCommit>& commits, const AuthenticationScope& scope, const Limits& limits) {
+    const std::vector<format::AuthenticatedBackupCommit>& commits, const AuthenticationScope& scope,
+    const Limits& limits) {
   AuthenticationBudget budget(limits);
   SnapshotCache cache;
   AuthenticatedGraph graph;
@@ -78,25 +79,33 @@ struct AuthenticatedGraph {
                                     const RecoveryPayloadFileEvidence& evidence) {
   const auto& commit = content.authenticatedCommit.commit();
   const auto& snapshot = content.snapshot;
-  return Preflight{commit.identifier(),     snapshot.identifier(),         commit.createdAtUTCMilliseconds(),
-                   commit.writerEpoch(),    commit.generation(),           isRetainedTip,
-                   snapshot.counts(),       snapshot.logicalPlaintextByteCount(), snapshot.encryptedPayloadByteCount(),
+  return Preflight{commit.identifier(),
+                   snapshot.identifier(),
+                   commit.createdAtUTCMilliseconds(),
+                   commit.writerEpoch(),
+                   commit.generation(),
+                   isRetainedTip,
+                   snapshot.counts(),
+                   snapshot.logicalPlaintextByteCount(),
+                   snapshot.encryptedPayloadByteCount(),
                    evidence};
 }
 
 // preflightsOf gives each commit its preflight, computing the evidence once per snapshot.
 [[nodiscard]] ByteMap<Preflight> preflightsOf(const ContentMap& contents, const PayloadObservationMap& observations,
-                                                      const ByteSet& retainedTips) {
+                                              const ByteSet& retainedTips) {
   ByteMap<RecoveryPayloadFileEvidence> evidenceBySnapshot;
   ByteMap<Preflight> preflights;
   for (const auto& [commitIdentifier, content] : contents) {
     auto evidence = evidenceBySnapshot.find(content.snapshot.identifier());
     if (evidence == evidenceBySnapshot.end()) {
-      evidence = evidenceBySnapshot
-                     .emplace(content.snapshot.identifier(), payloadFileEvidence(*content.payloadExpectations, observations))
-                     .first;
+      evidence =
+          evidenceBySnapshot
+              .emplace(content.snapshot.identifier(), payloadFileEvidence(*content.payloadExpectations, observations))
+              .first;
     }
-    preflights.emplace(commitIdentifier, preflightOf(content, retainedTips.contains(commitIdentifier), evidence->second));
+    preflights.emplace(commitIdentifier,
+                       preflightOf(content, retainedTips.contains(commitIdentifier), evidence->second));
   }
   return preflights;
 }
@@ -136,17 +145,19 @@ struct AuthenticatedGraph {
 
 }  // namespace
 
-std::expected<Inspection, Error> inspectWithBackupPassphrase(const std::filesystem::path& packagePath, ByteView passphrase) {
+std::expected<Inspection, Error> inspectWithBackupPassphrase(const std::filesystem::path& packagePath,
+                                                             ByteView passphrase) {
   return inspectWithBackupPassphrase(packagePath, passphrase, Limits{});
 }
 
-std::expected<Inspection, Error> inspectWithBackupPassphrase(const std::filesystem::path& packagePath, ByteView passphrase,
-                                                             const Limits& limits) {
+std::expected<Inspection, Error> inspectWithBackupPassphrase(const std::filesystem::path& packagePath,
+                                                             ByteView passphrase, const Limits& limits) {
   return inspectUnlocked(packagePath, Factor::backupPassphrase, limits,
                          [&](const Reader& reader) { return reader.openWithBackupPassphrase(passphrase); });
 }
 
-std::expected<Inspection, Error> inspectWithRecoveryKey(const std::filesystem::path& packagePath, ByteView recoveryKey) {
+std::expected<Inspection, Error> inspectWithRecoveryKey(const std::filesystem::path& packagePath,
+                                                        ByteView recoveryKey) {
   return inspectWithRecoveryKey(packagePath, recoveryKey, Limits{});
 }
 
@@ -202,8 +213,8 @@ std::expected<ExaminedInspection, Error> inspectExamined(const Reader& reader, B
   return ExaminedInspection{std::move(inspection), std::move(*examinations)};
 }
 
-std::expected<RecoveryAuthenticatedSnapshot, Error> authenticatedSnapshot(ByteView commitIdentifier, const Reader& reader,
-                                                                          ByteView bpmk) {
+std::expected<RecoveryAuthenticatedSnapshot, Error> authenticatedSnapshot(ByteView commitIdentifier,
+                                                                          const Reader& reader, ByteView bpmk) {
   const AuthenticationScope scope = scopeOf(reader, bpmk);
   const auto commits = GraphArtifactDiscovery::discoverCommits(scope);
   if (!commits) return std::unexpected(commits.error());

@@ -52,21 +52,19 @@ struct ExaminedInspection {
 // with the factor (any failure, a factor without an active envelope included, unlockFailed);
 // inspect. The bpmk they unlocked is wiped on every way out; the credential stays the
 // caller's. The forms without limits use the default limits.
-[[nodiscard]] std::expected<RecoveryPackageInspection, RecoveryPackageInspectorError>
-inspectWithBackupPassphrase(const std::filesystem::path& packagePath, ByteView passphrase);
-[[nodiscard]] std::expected<RecoveryPackageInspection, RecoveryPackageInspectorError>
-inspectWithBackupPassphrase(const std::filesystem::path& packagePath, ByteView passphrase,
-                            const RecoveryInspectionLimits& limits);
-[[nodiscard]] std::expected<RecoveryPackageInspection, RecoveryPackageInspectorError>
-inspectWithRecoveryKey(const std::filesystem::path& packagePath, ByteView recoveryKey);
-[[nodiscard]] std::expected<RecoveryPackageInspection, RecoveryPackageInspectorError>
-inspectWithRecoveryKey(const std::filesystem::path& packagePath, ByteView recoveryKey,
-                       const RecoveryInspectionLimits& limits);
+[[nodiscard]] std::expected<RecoveryPackageInspection, RecoveryPackageInspectorError> inspectWithBackupPassphrase(
+    const std::filesystem::path& packagePath, ByteView passphrase);
+[[nodiscard]] std::expected<RecoveryPackageInspection, RecoveryPackageInspectorError> inspectWithBackupPassphrase(
+    const std::filesystem::path& packagePath, ByteView passphrase, const RecoveryInspectionLimits& limits);
+[[nodiscard]] std::expected<RecoveryPackageInspection, RecoveryPackageInspectorError> inspectWithRecoveryKey(
+    const std::filesystem::path& packagePath, ByteView recoveryKey);
+[[nodiscard]] std::expected<RecoveryPackageInspection, RecoveryPackageInspectorError> inspectWithRecoveryKey(
+    const std::filesystem::path& packagePath, ByteView recoveryKey, const RecoveryInspectionLimits& limits);
 
 // openEnvelopeReader opens the package and binds its key envelope file; any failure is
 // invalidPackage. No key is derived.
-[[nodiscard]] std::expected<reader::BackupKeyEnvelopeSetReader, RecoveryPackageInspectorError>
-openEnvelopeReader(const std::filesystem::path& packagePath);
+[[nodiscard]] std::expected<reader::BackupKeyEnvelopeSetReader, RecoveryPackageInspectorError> openEnvelopeReader(
+    const std::filesystem::path& packagePath);
 
 // inspect inspects the package of `reader` with a bpmk the caller already holds and keeps
 // owning: it is not wiped here. In this order: discover and open the commits, then the heads;
