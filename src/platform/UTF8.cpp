@@ -38,10 +38,10 @@ bool isValid(ByteView bytes) {
     std::uint32_t smallestScalar = 0;
     const std::size_t length = sequenceLength(bytes[index], smallestScalar);
     if (length == 0 || length > bytes.size() - index) return false;
-    std::uint32_t scalar = length == 1 ? bytes[index] : (bytes[index] & (0x7F >> length));
+    std::uint32_t scalar = length == 1 ? bytes[index] : (bytes[index] & (0x7Fu >> length));
     for (std::size_t offset = 1; offset < length; ++offset) {
       if (!isContinuation(bytes[index + offset])) return false;
-      scalar = (scalar << 6) | (bytes[index + offset] & 0x3F);
+      scalar = (scalar << 6) | (bytes[index + offset] & 0x3Fu);
     }
     if (scalar < smallestScalar || scalar > 0x10FFFF || (scalar >= 0xD800 && scalar <= 0xDFFF)) return false;
     index += length;
