@@ -81,7 +81,7 @@ void BM_openResourceChunk(benchmark::State& state) {
     if (!plaintext) state.SkipWithError("open failed");
     benchmark::DoNotOptimize(plaintext);
   }
-  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * kPartByteCount));
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(kPartByteCount));
 }
 
 void BM_openPackEntry(benchmark::State& state) {
@@ -91,7 +91,7 @@ void BM_openPackEntry(benchmark::State& state) {
     if (!plaintext) state.SkipWithError("open failed");
     benchmark::DoNotOptimize(plaintext);
   }
-  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * kPartByteCount));
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(kPartByteCount));
 }
 
 // The floor: one read into one buffer, SHA-256 of the frame, AES-256-GCM into a second buffer,
@@ -127,7 +127,7 @@ void BM_floorReadHashDecryptHash(benchmark::State& state) {
       state.SkipWithError("floor open failed");
     benchmark::DoNotOptimize(platform::SHA256::digest(ByteView(plaintext.get(), ciphertext.size())));
   }
-  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * kPartByteCount));
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(kPartByteCount));
 }
 
 }  // namespace

@@ -16,7 +16,9 @@ struct Moment {
   [[nodiscard]] static Moment now() {
     rusage usage{};
     ::getrusage(RUSAGE_SELF, &usage);
-    const auto seconds = [](const timeval& value) { return static_cast<double>(value.tv_sec) + value.tv_usec * 1e-6; };
+    const auto seconds = [](const timeval& value) {
+      return static_cast<double>(value.tv_sec) + static_cast<double>(value.tv_usec) * 1e-6;
+    };
     const auto wall = std::chrono::steady_clock::now().time_since_epoch();
     return {std::chrono::duration<double>(wall).count(), seconds(usage.ru_utime), seconds(usage.ru_stime)};
   }

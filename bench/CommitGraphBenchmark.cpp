@@ -30,7 +30,7 @@ Value take(std::expected<Value, Error> result) {
 Bytes identifier(std::uint32_t number, std::uint8_t prefix) {
   Bytes bytes(16, 0);
   bytes[0] = prefix;
-  for (int index = 0; index < 4; ++index) bytes[15 - index] = static_cast<std::uint8_t>(number >> (8 * index));
+  for (std::size_t index = 0; index < 4; ++index) bytes[15 - index] = static_cast<std::uint8_t>(number >> (8 * index));
   return bytes;
 }
 

@@ -67,7 +67,7 @@ void planOfLivePhotos(benchmark::State& state) {
     if (!plan) std::abort();
     benchmark::DoNotOptimize(plan);
   }
-  state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations() * model->resources.size()));
+  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(model->resources.size()));
 }
 
 void modelOfLivePhotos(benchmark::State& state) {
@@ -77,7 +77,7 @@ void modelOfLivePhotos(benchmark::State& state) {
     if (!model) std::abort();
     benchmark::DoNotOptimize(model);
   }
-  state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations() * records.size()));
+  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(records.size()));
 }
 
 }  // namespace

@@ -37,7 +37,7 @@ void frameOpen16MiB(benchmark::State& state) {
     if (!plaintext) std::abort();
     benchmark::DoNotOptimize(plaintext->data());
   }
-  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * kFramePlaintextByteCount));
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(kFramePlaintextByteCount));
 }
 
 // The cipher alone into a buffer that is reused: what the frame adds is decoding and the
@@ -53,7 +53,7 @@ void platformOpen16MiB(benchmark::State& state) {
     if (!platform::AESGCM::open(kKey, nonce, kAuthenticatedData, ciphertext, tag, opened)) std::abort();
     benchmark::DoNotOptimize(opened.data());
   }
-  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * kFramePlaintextByteCount));
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(kFramePlaintextByteCount));
 }
 
 void streamingSHA256Over1MiBPieces(benchmark::State& state) {
@@ -63,7 +63,7 @@ void streamingSHA256Over1MiBPieces(benchmark::State& state) {
     for (std::size_t count = 0; count < kPiecesPerDigest; ++count) hasher.update(piece);
     benchmark::DoNotOptimize(hasher.finalize());
   }
-  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * kPiecesPerDigest * kPieceByteCount));
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(kPiecesPerDigest * kPieceByteCount));
 }
 
 }  // namespace

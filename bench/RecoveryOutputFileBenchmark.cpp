@@ -81,7 +81,7 @@ void plainWriteAndSynchronize(benchmark::State& state) {
     if (!platform::Files::synchronizeFile(descriptor) || ::close(descriptor) != 0) std::abort();
     finishRun(state, file);
   }
-  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * kPartCount * kPartByteCount));
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(kPartCount * kPartByteCount));
 }
 
 void recoveryOutputFile(benchmark::State& state) {
@@ -96,7 +96,7 @@ void recoveryOutputFile(benchmark::State& state) {
     if (!finished || !*finished) std::abort();
     finishRun(state, file);
   }
-  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * kPartCount * kPartByteCount));
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(kPartCount * kPartByteCount));
 }
 
 // writeAndHash is the work of the output file without its object: `sliceByteCount` bytes are
@@ -118,7 +118,7 @@ void writeAndHash(benchmark::State& state, const char* name, std::size_t sliceBy
     if (!platform::Files::synchronizeFile(descriptor) || ::close(descriptor) != 0) std::abort();
     finishRun(state, file);
   }
-  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * kPartCount * kPartByteCount));
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(kPartCount * kPartByteCount));
 }
 
 void slicedHashingWithoutEarlyWriteBack(benchmark::State& state) { writeAndHash(state, "late", 1 << 20, false); }
@@ -136,7 +136,7 @@ void plainWriteWithEarlyWriteBack(benchmark::State& state) {
     if (!platform::Files::synchronizeFile(descriptor) || ::close(descriptor) != 0) std::abort();
     finishRun(state, file);
   }
-  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * kPartCount * kPartByteCount));
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(kPartCount * kPartByteCount));
 }
 
 }  // namespace
