@@ -1,6 +1,6 @@
 #pragma once
-// BackupToolCredentialReading is how credentials enter galdrine-backup: the recovery tool's
-// reading of one credential, and a second hidden entry for a new passphrase, which a person
+// BackupToolCredentialReading is how credentials enter galdrine-backup: the reading of one
+// credential that both tools share, and a second hidden entry for a new passphrase, which a person
 // types twice so that a slip of the finger cannot lock the backup for good.
 
 #include <cstdint>

@@ -1,6 +1,6 @@
 #pragma once
 // BackupToolCredentials reads the credentials of a galdrine-backup run through a
-// BackupToolCredentialReading, with the recovery tool's bound and its rules for a reading:
+// BackupToolCredentialReading, with the bound and the rules both tools share (credential::BoundedCredentialRead):
 // a failed reader is credentialUnavailable, an empty credential or one above the bound
 // invalidCredential. What the caller is given, it owns and wipes; everything else read on the
 // way is wiped before these return, on every path.
